@@ -1,0 +1,80 @@
+#include "common/common/file_loader.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "common/common/log.h"
+#include "common/common/source_path.h"
+
+namespace {
+
+// Line numbers that stand in the texts of these messages; they do not follow the code.
+constexpr int kLineReadWholeFile = 43;
+constexpr int kLineOpenHeader = 86;
+constexpr int kLineReadHeader = 102;
+
+// Opens `path` at its end. A directory opens as a stream on this platform but has no bytes to
+// give, so it is refused here as a file that cannot be opened.
+bool OpenAtEnd(const std::string& path, std::ifstream& stream, uint64_t& size) {
+  std::error_code error;
+  if (std::filesystem::is_directory(std::filesystem::path(path), error)) {
+    errno = EISDIR;
+    return false;
+  }
+  errno = 0;
+  stream.open(path, std::ios::binary | std::ios::ate);
+  if (!stream.is_open()) return false;
+  const std::streamoff end = stream.tellg();
+  stream.seekg(0);
+  size = end > 0 ? static_cast<uint64_t>(end) : 0;
+  return true;
+}
+
+bool ReadInto(std::ifstream& stream, size_t count, std::vector<uint8_t>& out) {
+  out.resize(count);
+  stream.read(reinterpret_cast<char*>(out.data()), static_cast<std::streamsize>(count));
+  return static_cast<bool>(stream);
+}
+
+}  // namespace
+
+bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& out) {
+  std::ifstream stream;
+  uint64_t size = 0;
+  if (!OpenAtEnd(path, stream, size)) {
+    LogEx(kLogModule, kLogError, "Fail to load file %s", std::strerror(errno));
+    return false;
+  }
+  if (size == 0) return false;
+  if (!ReadInto(stream, size, out)) {
+    LogEx(kLogModule, kLogError, "[%s], at %d line, Fail to read file %s, %s", kSourceCommon,
+          kLineReadWholeFile, std::strerror(errno), path.c_str());
+    return false;
+  }
+  return true;
+}
+
+bool ReadDbHeaderBytes(const std::string& path, std::vector<uint8_t>& out) {
+  std::ifstream stream;
+  uint64_t size = 0;
+  if (!OpenAtEnd(path, stream, size)) {
+    LogEx(kLogModule, kLogError, "[%s], at %d line, Fail to load file %s, %s", kSourceCommon,
+          kLineOpenHeader, std::strerror(errno), path.c_str());
+    return false;
+  }
+  if (size < kDbHeaderBytes) return false;
+  if (!ReadInto(stream, kDbHeaderBytes, out)) {
+    LogEx(kLogModule, kLogError, "[%s], at %d line, Fail to read file %s, %s", kSourceCommon,
+          kLineReadHeader, std::strerror(errno), path.c_str());
+    return false;
+  }
+  return true;
+}
+
+bool MeasureFile(const std::string& path, uint64_t& size) {
+  std::ifstream stream;
+  return OpenAtEnd(path, stream, size);
+}

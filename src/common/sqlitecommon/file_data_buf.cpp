@@ -1,0 +1,116 @@
+#include "common/sqlitecommon/file_data_buf.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <stdexcept>
+
+#include "common/common/log.h"
+#include "common/common/source_path.h"
+#include "common/sqlitecommon/big_endian.h"
+
+namespace {
+
+// Line numbers that stand in the texts of these messages; they do not follow the code.
+constexpr int kLineReadByte = 641;
+constexpr int kLineReadRange = 679;
+
+}  // namespace
+
+FileDataBuf::FileDataBuf(const std::string& path) : path_(path) {
+  LogEx(kLogModule, kLogInfo, "file data buf src path : %s", path_.c_str());
+  errno = 0;
+  stream_.open(path_, std::ios::in | std::ios::out | std::ios::binary);
+  if (!stream_) {
+    LogEx(kLogModule, kLogError, "Fail to load file %d, %s", errno, std::strerror(errno));
+    status_ = -1;
+    return;
+  }
+  stream_.seekg(0, std::ios::end);
+  const std::streamoff end = stream_.tellg();
+  file_size_ = end > 0 ? static_cast<uint64_t>(end) : 0;
+  if (file_size_ == 0) {
+    LogEx(kLogModule, kLogError, "file size 0, %d, %s", errno, std::strerror(errno));
+    status_ = -1;
+    return;
+  }
+  window_size_ = std::min(file_size_, kMaxWindowSize);
+  window_ = std::make_unique<uint8_t[]>(window_size_);
+  Load(0, window_size_, window_.get());
+  window_end_ = window_size_;
+}
+
+uint32_t FileDataBuf::ReadBigEndian32(uint64_t offset) {
+  const uint8_t b0 = ReadByte(offset);
+  const uint8_t b1 = ReadByte(offset + 1);
+  const uint8_t b2 = ReadByte(offset + 2);
+  const uint8_t b3 = ReadByte(offset + 3);
+  return BigEndian32(b0, b1, b2, b3);
+}
+
+void FileDataBuf::Load(uint64_t offset, uint64_t length, uint8_t* out) {
+  stream_.clear();
+  stream_.seekg(static_cast<std::streamoff>(offset));
+  stream_.read(reinterpret_cast<char*>(out), static_cast<std::streamsize>(length));
+}
+
+std::string FileDataBuf::DescribeAccessPastEnd(int line) const {
+  char message[256];
+  std::snprintf(message, sizeof message, "At file : %s, line : %d, access out of file size.",
+                kSourceSqliteCommon, line);
+  return message;
+}
+
+uint8_t FileDataBuf::ReadByteOutsideWindow(uint64_t offset) {
+  if (offset >= file_size_) {
+    LogEx(kLogModule, kLogError, "%s", DescribeAccessPastEnd(kLineReadByte).c_str());
+    return 0;
+  }
+  if (offset < window_begin_) return ReadByteBehindWindow(offset);
+  window_size_ = std::min(file_size_ - offset, kMaxWindowSize);
+  Load(offset, window_size_, window_.get());
+  window_begin_ = offset;
+  window_end_ = offset + window_size_;
+  return window_[0];
+}
+
+uint8_t FileDataBuf::ReadByteBehindWindow(uint64_t offset) {
+  const uint64_t number = offset / kBlockSize;
+  Block& block = blocks_[number % kBlockCount];
+  if (block.number != number) {
+    if (!block.bytes) block.bytes = std::make_unique<uint8_t[]>(kBlockSize);
+    const uint64_t begin = number * kBlockSize;
+    Load(begin, std::min(kBlockSize, file_size_ - begin), block.bytes.get());
+    block.number = number;
+  }
+  return block.bytes[offset % kBlockSize];
+}
+
+void FileDataBuf::CheckRange(uint64_t offset, uint64_t length) const {
+  if (offset <= file_size_ && length <= file_size_ - offset) return;
+  const std::string message = DescribeAccessPastEnd(kLineReadRange);
+  LogEx(kLogModule, kLogError, "%s", message.c_str());
+  throw std::out_of_range(message);
+}
+
+void FileDataBuf::ReadRangeTo(uint64_t offset, uint64_t length, uint8_t* out) {
+  CheckRange(offset, length);
+  if (length == 0) return;
+  if (window_begin_ <= offset && offset < window_end_ && length < window_end_ - offset) {
+    std::memcpy(out, window_.get() + (offset - window_begin_), length);
+    return;
+  }
+  Load(offset, length, out);
+}
+
+FileSlice FileDataBuf::ReadRange(uint64_t offset, uint64_t length) {
+  CheckRange(offset, length);
+  auto bytes = std::make_unique<uint8_t[]>(length);
+  ReadRangeTo(offset, length, bytes.get());
+  FileSlice slice;
+  slice.begin = bytes.release();
+  slice.end = slice.begin + length;
+  slice.deleter = [](uint8_t* begin) { std::unique_ptr<uint8_t[]>{begin}; };
+  return slice;
+}
