@@ -1,0 +1,33 @@
+#include "storager/storager.h"
+
+#include "common/common/log.h"
+#include "common/common/source_path.h"
+#include "storager/column_lists.h"
+
+std::unique_ptr<Storager> Storager::Create(const std::string& path) {
+  std::unique_ptr<Storager> storager(new Storager(path));
+  const int code = storager->connection_.Open("");
+  if (code != SQLITE_OK) {
+    LogEx(kLogModule, kLogError, "[%s], at %d line, open database fail, error code : %d, %s.",
+          kSourceStorager, __LINE__, code, path.c_str());
+    return nullptr;
+  }
+  storager->Execute("PRAGMA encoding = \"UTF-8\"");
+  return storager;
+}
+
+void Storager::Execute(const char* sql) {
+  sqlite3_exec(connection_.handle(), sql, nullptr, nullptr, nullptr);
+}
+
+bool Storager::CreateResultTables(const NeedQueryTables& tables) {
+  for (const auto& [name, fields] : tables) {
+    const std::string table = "create table " + name + "(" + JoinColumnDefs(fields) + ")";
+    const std::string index = "CREATE UNIQUE INDEX " + name + "_unique_key_index on " + name + "(" +
+                              JoinColumnNamesIf(fields, IsUniqueField) + ")";
+    Execute("PRAGMA journal_mode=WAL;");
+    Execute(table.c_str());
+    Execute(index.c_str());
+  }
+  return true;
+}
