@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "common/sqlitecommon/reverse_varint.h"
+#include "scansqlite/carving/carved_record.h"
+
+// Tests whether three varints, read downward from the byte in front of the serial types, are the
+// head of a cell that holds this record, and takes the row id if so:
+//   payload size | row id | header size
+inline bool TakeRowIdOfHead(const std::vector<ReverseVarint>& varints, CarvedRecord& record) {
+  if (varints.size() != kCellHeadVarints) return false;
+  const uint32_t header_size = varints[0].length + record.serial_bytes;
+  const uint32_t payload_size = header_size + record.data_bytes;
+  if (varints[0].value != int64_t{header_size} || varints[2].value != int64_t{payload_size}) {
+    return false;
+  }
+  record.row_id = varints[1].value;
+  record.has_row_id = true;
+  return true;
+}
+
+// Looks for the cell head whose last byte stands at `start`. A downward varint has no mark of its
+// own beginning, so windows of 3 bytes and more are tried, up to `in_page` bytes. A search that
+// finds nothing is no failure: freeblocks overwrite heads.
+template <typename Source>
+void FindCellHead(Source& source, int32_t start, int32_t in_page, CarvedRecord& record) {
+  std::vector<ReverseVarint> varints;
+  varints.reserve(kCellHeadVarints);
+  bool has_first_length = false;
+  uint32_t first_length = 0;
+  int32_t window = 3;
+  do {
+    varints.clear();
+    const int32_t taken = ReadVarintsBackward(source, start, window, varints);
+    if (varints.size() == kCellHeadVarints) {
+      if (has_first_length && varints[2].length == first_length) break;
+      if (!has_first_length) first_length = varints[2].length;
+      has_first_length = true;
+      if (TakeRowIdOfHead(varints, record)) break;
+    }
+    // The window was not used up: every wider one would read the same again.
+    if (taken < window) break;
+    ++window;
+  } while (window < in_page);
+  ReadVarintsBackward(source, start, in_page, varints);
+  TakeRowIdOfHead(varints, record);
+}
