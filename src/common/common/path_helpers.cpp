@@ -14,7 +14,7 @@ std::string JoinPath(std::string_view folder, std::string_view name) {
   return joined;
 }
 
-std::string FileNameOfPath(std::string path) {
+std::string FileNameOfPath(const std::string& path) {
   const size_t cut = path.rfind(kPathSeparator);
   return cut == std::string::npos ? path : path.substr(cut + 1);
 }

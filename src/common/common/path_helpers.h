@@ -11,7 +11,7 @@ inline constexpr char kPathSeparator = '/';
 std::string JoinPath(std::string_view folder, std::string_view name);
 
 // The text behind the last separator; the whole path when there is none.
-std::string FileNameOfPath(std::string path);
+std::string FileNameOfPath(const std::string& path);
 
 // True when something stands at the path (UTF-8); a path that cannot be examined does not exist.
 bool PathExists(const std::string& path);

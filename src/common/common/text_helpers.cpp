@@ -13,10 +13,14 @@ void SplitText(const std::string& text, char delimiter, std::vector<std::string>
 std::string ReplaceText(std::string text, const std::string& old_text,
                         const std::string& new_text) {
   if (text.empty() || old_text.empty() || old_text == new_text) return text;
+  std::string replaced;
+  size_t from = 0;
   size_t at = 0;
-  while ((at = text.find(old_text, at)) != std::string::npos) {
-    text.replace(at, old_text.size(), new_text);
-    at += new_text.size();
+  while ((at = text.find(old_text, from)) != std::string::npos) {
+    replaced.append(text, from, at - from);
+    replaced += new_text;
+    from = at + old_text.size();
   }
-  return text;
+  replaced.append(text, from);
+  return replaced;
 }

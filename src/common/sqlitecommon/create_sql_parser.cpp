@@ -22,8 +22,9 @@ bool HoldsEither(const std::string& text, std::string_view upper, std::string_vi
   return Holds(text, upper) || Holds(text, lower);
 }
 
-bool BracketsAreBalanced(const std::string& text) {
-  return std::count(text.begin(), text.end(), '(') == std::count(text.begin(), text.end(), ')');
+// Opening less closing brackets of a text.
+int64_t BracketBalance(const std::string& text) {
+  return std::count(text.begin(), text.end(), '(') - std::count(text.begin(), text.end(), ')');
 }
 
 // UNIQUE followed by a bracket, with nothing but white space between them, names columns: it is a
@@ -65,8 +66,10 @@ class ClauseReader {
 
   // False when the statement cannot be read.
   bool Take(const std::string& piece, bool is_last) {
+    if (swallows_the_rest_) return true;
     clause_ += piece;
-    if (!BracketsAreBalanced(clause_)) return true;
+    balance_ += BracketBalance(piece);
+    if (balance_ != 0) return true;
     if (is_virtual_ && columns_.empty() && HasTokenize(clause_)) {
       Finish({"docid", kTypeCodeInteger, true});
       return true;
@@ -83,16 +86,25 @@ class ClauseReader {
     clause_.clear();
   }
 
+  void TakeTableConstraint(SqlColumnInfo placeholder) {
+    if (is_virtual_) {
+      Finish(std::move(placeholder));
+    } else {
+      swallows_the_rest_ = true;
+    }
+  }
+
   // A constraint of an ordinary table stays in the accumulator, so that it swallows every clause
-  // behind it; SQL puts constraints last.
+  // behind it; SQL puts constraints last. Only UNIQUE is looked at anew, since a later clause can
+  // hold the word in small letters.
   bool TakeConstraint() {
     if (IsUniqueConstraint(clause_)) return true;
     if (IsNamedConstraint(clause_)) {
-      if (is_virtual_) Finish({"constraint", kTypeCodeConstraint, false});
+      TakeTableConstraint({"constraint", kTypeCodeConstraint, false});
       return true;
     }
     if (IsPrimaryKeyConstraint(clause_)) {
-      if (is_virtual_) Finish({"primary", kTypeCodePrimary, false});
+      TakeTableConstraint({"primary", kTypeCodePrimary, false});
       return true;
     }
     if (IsForeignKeyClause(clause_)) {
@@ -129,6 +141,8 @@ class ClauseReader {
   }
 
   bool is_virtual_;
+  bool swallows_the_rest_ = false;
+  int64_t balance_ = 0;  // of the brackets in `clause_`
   std::string clause_;
   std::vector<SqlColumnInfo> columns_;
 };
@@ -169,8 +183,8 @@ ColumnClause ParseColumnDefinition(std::string clause, SqlColumnInfo& out, bool 
   return out.type_code == -1 ? ColumnClause::kUnknownType : ColumnClause::kColumn;
 }
 
-std::vector<SqlColumnInfo> ParseCreateSql([[maybe_unused]] std::string table_name,
-                                          std::string sql) {
+std::vector<SqlColumnInfo> ParseCreateSql([[maybe_unused]] const std::string& table_name,
+                                          const std::string& sql) {
   const size_t open = sql.find('(');
   const size_t close = sql.rfind(')');
   if (open == std::string::npos || close == std::string::npos || close < open) return {};

@@ -28,7 +28,7 @@ enum class ColumnClause {
 
 // Turns a CREATE TABLE text into its columns by splitting on commas and spaces; the empty list
 // when the text cannot be read that way. The table's name is not used.
-std::vector<SqlColumnInfo> ParseCreateSql(std::string table_name, std::string sql);
+std::vector<SqlColumnInfo> ParseCreateSql(const std::string& table_name, const std::string& sql);
 
 // Reads one clause into `out`. `is_last` tells that no clause follows: a lone name is then a
 // column of type code 0.

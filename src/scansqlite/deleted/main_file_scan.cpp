@@ -8,7 +8,7 @@
 
 namespace {
 
-// A page with this type and its root are both what `is_small_table` goes by.
+// GetRootPage gives this when the database could not be asked.
 constexpr int32_t kNoRootPage = -1;
 
 // The order in which positions are visited: page after page of the file, or of a small table's
@@ -46,7 +46,7 @@ class MainFileWalk {
     if (next_page_index_ >= page_list_.size()) return false;
     const int64_t page = page_list_[next_page_index_];
     position_ = static_cast<uint64_t>(page - 1) * page_size_;
-    if (!page_list_.IsFull()) GetScanPage(file_, position_, highest_page_, page_list_);
+    GetScanPage(file_, position_, highest_page_, page_list_);
     ++next_page_index_;
     return true;
   }
