@@ -4,9 +4,10 @@
 #include <filesystem>
 #include <map>
 
-#include "column_check.h"
+#include "feature_check.h"
 #include "layout_check.h"
 #include "position_check.h"
+#include "result_check.h"
 #include "source_parser.h"
 
 namespace vexaconfigc {

@@ -119,7 +119,7 @@ class LayoutReader {
         if (wide.live_only || !IsPrefix(narrow, wide)) continue;
         const size_t difference = wide.columns.size() - narrow.columns.size();
         if (difference < static_cast<size_t>(table_.scan.flexible_cnt)) {
-          diagnostics_.Error(file_, table_.scan.line,
+          diagnostics_.Error(file_, table_.scan.flexible_cnt_line,
                              "flexible_cnt " + std::to_string(table_.scan.flexible_cnt) +
                                  " merges " + WidthText(narrow) + " into " + WidthText(wide) +
                                  "; it may be " + std::to_string(difference) + " at most");
@@ -127,7 +127,7 @@ class LayoutReader {
       }
     }
     if (table_.scan.flexible_cnt > 0 && widest != 0 && widest < kWideTable) {
-      diagnostics_.Warning(file_, table_.scan.line,
+      diagnostics_.Warning(file_, table_.scan.flexible_cnt_line,
                            "flexible_cnt acts only on tables of at least 20 columns");
     }
   }
@@ -156,6 +156,18 @@ int PositionOf(const Layout& layout, const std::string& column) {
       std::find_if(layout.columns.begin(), layout.columns.end(),
                    [&column](const SqlColumnInfo& info) { return info.name == column; });
   return found == layout.columns.end() ? -1 : static_cast<int>(found - layout.columns.begin());
+}
+
+bool AnyLayoutHolds(const Table& table, const std::string& column) {
+  return std::any_of(table.layouts.begin(), table.layouts.end(),
+                     [&column](const Layout& layout) { return PositionOf(layout, column) >= 0; });
+}
+
+bool IsAlias(const Table& table, const std::string& column) {
+  return std::any_of(table.layouts.begin(), table.layouts.end(), [&column](const Layout& layout) {
+    return !layout.columns.empty() && layout.columns.front().is_primary_key &&
+           layout.columns.front().name == column;
+  });
 }
 
 void ReadLayouts(Table& table, const std::string& file, Diagnostics& diagnostics) {

@@ -3,6 +3,7 @@
 // could not be written, 2 on a wrong call.
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <iostream>
 
 #include "compiler.h"
@@ -48,9 +49,7 @@ int Compile(const std::vector<std::string>& paths, const std::string& out, bool 
   return 1;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   CLI::App app("Compiles the sources of the configuration into VexaConfiger.db");
   std::vector<std::string> paths;
   std::string out;
@@ -62,11 +61,19 @@ int main(int argc, char** argv) {
   app.add_flag("--report", report, "Print what each table holds and where its layouts conflict");
   try {
     app.parse(argc, argv);
-    return Compile(paths, out, report);
   } catch (const CLI::ParseError& fault) {
     return app.exit(fault) == 0 ? 0 : 2;
+  }
+  return Compile(paths, out, report);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
   } catch (const std::exception& fault) {
-    std::cerr << "vexaconfigc: " << fault.what() << '\n';
+    std::fprintf(stderr, "vexaconfigc: %s\n", fault.what());
     return 1;
   }
 }

@@ -58,7 +58,7 @@ int MapReader::LineOfKey(const char* key) const {
 
 std::string MapReader::Text(const char* key) {
   const YAML::Node value = Require(key);
-  const std::string text = Scalar(value, key).value_or("");
+  std::string text = Scalar(value, key).value_or("");
   if (value.IsDefined() && value.IsScalar() && text.empty()) {
     Error(LineOf(value), "key '" + std::string(key) + "' of " + what_ + " is empty");
   }

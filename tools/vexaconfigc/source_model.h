@@ -55,12 +55,13 @@ struct Feature {
 
 // How a table is scanned.
 struct ScanFlags {
-  int line = 0;
   bool small_table = false;
   bool virtual_table = false;
   bool deleted = false;
   int32_t flexible_cnt = 0;
+  int flexible_cnt_line = 0;
   bool guess_row_id = false;
+  int guess_row_id_line = 0;
   bool order_by_rowid = false;
 };
 

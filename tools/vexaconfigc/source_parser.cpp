@@ -97,12 +97,13 @@ class SourceParser {
         {"small_table", "virtual", "deleted", "flexible_cnt", "guess_row_id", "order_by_rowid"},
         file_, diagnostics_);
     ScanFlags scan;
-    scan.line = map.line();
     scan.small_table = map.Flag("small_table");
     scan.virtual_table = map.OptionalFlag("virtual");
     scan.deleted = map.Flag("deleted");
     scan.flexible_cnt = map.SmallNumber("flexible_cnt");
+    scan.flexible_cnt_line = map.LineOfKey("flexible_cnt");
     scan.guess_row_id = map.Flag("guess_row_id");
+    scan.guess_row_id_line = map.LineOfKey("guess_row_id");
     scan.order_by_rowid = map.Flag("order_by_rowid");
     return scan;
   }

@@ -14,6 +14,6 @@ struct DemoRequest {
 
 // Returns an exit code: success when at least 90 of 100 messages whose bytes still stand came back,
 // in every kind of deletion. Throws as RunScan does.
-int RunDemo(const DemoRequest& request, std::ostream& out);
+int RunDemo(const DemoRequest& demo, std::ostream& out);
 
 }  // namespace vexascan

@@ -132,7 +132,8 @@ void PrintReport(const DemoReport& report, std::ostream& out) {
         << kind.came_back << "   " << Percent(kind.came_back_standing, kind.standing)
         << " % of those that stand\n";
   }
-  out << "  Result rows of messages that were never written: " << report.invented << "\n";
+  out << "  Damaged or mixed rows, which equal none that was ever written: " << report.invented
+      << "\n";
   for (const KindReport& kind : report.kinds) {
     out << "\nCame back (" << Words(kind.fate) << "), for example\n";
     for (const std::string& text : kind.samples) {

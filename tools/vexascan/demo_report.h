@@ -24,7 +24,7 @@ struct KindReport {
 
 struct DemoReport {
   std::vector<KindReport> kinds;
-  int invented = 0;  // result rows of messages that are equal to none ever written
+  int invented = 0;  // result rows that equal no message ever written
   bool GoodEnough() const;
 };
 

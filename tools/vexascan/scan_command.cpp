@@ -76,6 +76,7 @@ class Command {
   }
 
   int Run() {
+    out_ << "Scanning " << request_.source.string() << " (Ctrl-C cuts the scan)" << std::endl;
     const fs::path live = staged_.ResultPath("live");
     const fs::path found = staged_.ResultPath("found");
     const RunOutcome run = RunBoth(live, found);
@@ -103,7 +104,7 @@ class Command {
   RunOutcome RunBoth(const fs::path& live, const fs::path& found) {
     SdkSession session(request_.log_folder, staged_.config_folder());
     if (LooksForDeleted(request_.range)) {
-      const RunOutcome run = RunOne(session, Range::kLive, "live", live);
+      RunOutcome run = RunOne(session, Range::kLive, "live", live);
       if (!run.Whole()) {
         return run;
       }
