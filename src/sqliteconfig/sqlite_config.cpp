@@ -19,7 +19,7 @@ int ConfigBusyHandler([[maybe_unused]] void* argument, [[maybe_unused]] int earl
 
 }  // namespace
 
-std::unique_ptr<SqliteConfig> SqliteConfig::Create(std::string path) {
+std::unique_ptr<SqliteConfig> SqliteConfig::Create(const std::string& path) {
   std::unique_ptr<SqliteConfig> config(new SqliteConfig());
   const int code = config->connection_.Open(path);
   if (code != SQLITE_OK) {

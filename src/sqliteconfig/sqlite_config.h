@@ -20,7 +20,7 @@ class SqliteConfig {
  public:
   // Opens the configuration database at `path` (UTF-8), which is created empty when missing; null
   // when it cannot be opened.
-  static std::unique_ptr<SqliteConfig> Create(std::string path);
+  static std::unique_ptr<SqliteConfig> Create(const std::string& path);
   virtual ~SqliteConfig() = default;
 
   // Appends the tables to scan, in row order. False when the query could not be prepared.
@@ -32,11 +32,11 @@ class SqliteConfig {
 
   // Appends the known CREATE texts of the table up to `system_version`, in row order. Always true.
   bool GetCreateTableSql(int32_t system_type, int32_t data_type, int32_t system_version,
-                         std::string table_name, std::vector<std::string>& out);
+                         const std::string& table_name, std::vector<std::string>& out);
 
   // The feature rows of the table by column name; the first of two rows for a name stays. The
   // result says nothing: it is false after a full read, too.
-  bool GetFieldFeatures(int32_t system_type, int32_t data_type, std::string table_name,
+  bool GetFieldFeatures(int32_t system_type, int32_t data_type, const std::string& table_name,
                         std::unordered_map<std::string, FieldFeatureRow>& out);
 
   // The result columns whose table and column the source holds, in both views, in row order.

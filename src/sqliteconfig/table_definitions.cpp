@@ -5,7 +5,7 @@
 #include "sqliteconfig/type_names.h"
 
 bool SqliteConfig::GetCreateTableSql(int32_t system_type, int32_t data_type, int32_t system_version,
-                                     std::string table_name, std::vector<std::string>& out) {
+                                     const std::string& table_name, std::vector<std::string>& out) {
   InstallBusyHandler();
   SqliteStatement query;
   const bool ready =
@@ -19,7 +19,8 @@ bool SqliteConfig::GetCreateTableSql(int32_t system_type, int32_t data_type, int
   return true;
 }
 
-bool SqliteConfig::GetFieldFeatures(int32_t system_type, int32_t data_type, std::string table_name,
+bool SqliteConfig::GetFieldFeatures(int32_t system_type, int32_t data_type,
+                                    const std::string& table_name,
                                     std::unordered_map<std::string, FieldFeatureRow>& out) {
   InstallBusyHandler();
   SqliteStatement query;

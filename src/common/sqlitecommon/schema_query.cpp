@@ -12,7 +12,7 @@ bool StepGaveAnAnswer(int code) { return code == SQLITE_ROW || code == SQLITE_DO
 
 }  // namespace
 
-std::string GetTableSql(sqlite3* connection, std::string table_name) {
+std::string GetTableSql(sqlite3* connection, const std::string& table_name) {
   SqliteStatement query;
   query.Prepare(connection, "select sql from sqlite_master where type = 'table' and tbl_name=?");
   query.BindText(1, table_name);
