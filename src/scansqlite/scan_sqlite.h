@@ -74,7 +74,7 @@ class ScanSqlite {
   int PrepareResult(const ColumnsByTable& columns_by_table);
   bool CopyDbToTemp();
   bool GetWALFilePageMap(std::string path);
-  bool MergeConfiguredSchemas(std::string table_name, TableSchemaInfo& table);
+  bool MergeConfiguredSchemas(const std::string& table_name, TableSchemaInfo& table);
   bool InitColumnInfo(const std::vector<ScanTableInfo>& tables, std::vector<TableSchemaInfo>& out);
   void BuildTableFeatures();
 

@@ -22,10 +22,10 @@ TableSchemaInfo MakeTableSchemaInfo(const ScanTableInfo& info) {
 
 }  // namespace
 
-bool ScanSqlite::MergeConfiguredSchemas(std::string table_name, TableSchemaInfo& table) {
+bool ScanSqlite::MergeConfiguredSchemas(const std::string& table_name, TableSchemaInfo& table) {
   std::vector<std::string> texts;
   config_->GetCreateTableSql(context_->system_type, context_->data_type, context_->system_version,
-                             std::move(table_name), texts);
+                             table_name, texts);
   MergeSchemaTexts(texts, table);
   return true;
 }

@@ -38,16 +38,16 @@ bool HasWidth(const std::vector<SchemaCandidate>& candidates, size_t width) {
 
 }  // namespace
 
-bool LoadLiveSchema(const SqliteConnection& connection, std::string table_name,
+bool LoadLiveSchema(const SqliteConnection& connection, const std::string& table_name,
                     TableSchemaInfo& table) {
   table.table_name = table_name;
-  std::string sql = table_name == kNumberedTablePrefix
-                        ? GetNumberedTableSql(connection.handle(), table_name)
-                        : GetTableSql(connection.handle(), table_name);
+  const std::string sql = table_name == kNumberedTablePrefix
+                              ? GetNumberedTableSql(connection.handle(), table_name)
+                              : GetTableSql(connection.handle(), table_name);
   if (sql.empty()) return false;
   SchemaCandidate candidate;
   candidate.from_live_db = true;
-  candidate.columns = ParseCreateSql(std::move(table_name), std::move(sql));
+  candidate.columns = ParseCreateSql(table_name, sql);
   table.candidates.push_back(std::move(candidate));
   return true;
 }

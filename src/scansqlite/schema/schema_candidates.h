@@ -8,7 +8,7 @@
 
 // Adds the layout that the database holds now as a candidate, also when its text cannot be read
 // and the list of columns is empty. False when the database has no such table.
-bool LoadLiveSchema(const SqliteConnection& connection, std::string table_name,
+bool LoadLiveSchema(const SqliteConnection& connection, const std::string& table_name,
                     TableSchemaInfo& table);
 
 // Adds the configured layouts whose width no candidate has yet, then makes one layout of wide
