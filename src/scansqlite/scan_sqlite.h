@@ -16,7 +16,6 @@
 #include "sqliteconfig/sqlite_config.h"
 #include "storager/storager.h"
 
-struct CarveLayout;
 struct TablePass;
 
 // Codes of ScanSqlite::Init, which only the log shows: Scan turns each failure into 1003.
