@@ -1,4 +1,4 @@
-// What vexaconfigc refuses, naming file and line, and what it only doubts.
+// What vexaconfigc refuses, naming file and line.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -75,6 +75,15 @@ const std::vector<Refusal>& KeysRefusals() {
        "but the folder is 'android'"},
       {"DataTypeOfAnotherFile", Changed("data_type: sms", "data_type: note"), 2,
        "but the file is 'sms.yaml'"},
+      {"UnknownKeyOfAGap", Changed("tables:", "not_covered: [{what: x, whi: y}]\ntables:"), 5,
+       "unknown key 'whi' in a not_covered entry"},
+      {"GapWithoutAReason", Changed("tables:", "not_covered: [{what: x}]\ntables:"), 5,
+       "missing key 'why' in a not_covered entry"},
+      {"EmptyApplicationName", Changed("database:", "application: ''\ndatabase:"), 3, "is empty"},
+      {"LimitThatIsNull", Changed("max: 7", "max: null"), 25, "must be"},
+      {"NoTablesAndNoReason",
+       std::string(kSource).substr(0, std::string(kSource).find("tables:")) + "tables: []\n", 5,
+       "a file without tables has to say in not_covered why"},
   };
   return refusals;
 }
@@ -86,6 +95,29 @@ const std::vector<Refusal>& LayoutsRefusals() {
       {"TypeThatTheParserCannotRead", Changed("a TEXT, n INTEGER)", "a VARCHAR(20), n INTEGER)"),
        14, "the type of column 'a' is no type word"},
       {"LowerCaseInt", Changed("n INTEGER)", "n int)"), 14, "the type of column 'n'"},
+      {"MixedCaseType", Changed("n INTEGER)", "n Integer)"), 14, "the type of column 'n'"},
+      {"UnknownTypeOfALayoutThatIsOnlyLive",
+       [] {
+         std::string text = Changed("n INTEGER)", "n NUMERIC)");
+         return text.replace(text.find("sql: "), 5, "live_only: true\n        sql: ");
+       }(),
+       14, "the type of column 'n' is no type word"},
+      {"LineFeedThatGluesWords",
+       Changed("sql: CREATE TABLE msg (_id INTEGER PRIMARY KEY, a TEXT, n INTEGER)\n",
+               "sql: |\n          CREATE TABLE msg (_id INTEGER PRIMARY KEY, a\n          TEXT, n "
+               "INTEGER)\n"),
+       14, "reads as 2 columns, but SQLite makes other ones, 3 of them"},
+      {"TabInsideAName",
+       Changed("sql: CREATE TABLE msg (_id INTEGER PRIMARY KEY, a TEXT, n INTEGER)",
+               "sql: \"CREATE TABLE msg (_id INTEGER PRIMARY KEY, a\\tTEXT, n INTEGER)\""),
+       14, "reads as 2 columns, but SQLite makes other ones, 3 of them"},
+      {"UnreadableLayoutThatIsRead",
+       Changed("- from_version: 5\n",
+               "- from_version: 5\n        live_only: true\n        unreadable: true\n"),
+       16, "the layout can be read: it is not unreadable"},
+      {"UnreadableLayoutThatIsCarved",
+       Changed("- from_version: 5\n", "- from_version: 5\n        unreadable: true\n"), 17,
+       "an unreadable layout can only be live_only"},
       {"StatementWithoutColumns",
        Changed("CREATE TABLE msg (_id INTEGER PRIMARY KEY, a TEXT, n "
                "INTEGER)\n",
@@ -99,6 +131,15 @@ const std::vector<Refusal>& LayoutsRefusals() {
       {"TextKeyInFrontOfACarvedTable",
        Changed("_id INTEGER PRIMARY KEY, a", "_id TEXT PRIMARY KEY, a"), 14,
        "is a primary key but no INTEGER"},
+      {"KeyInFrontThatIsNotTheRowId",
+       Changed("_id INTEGER PRIMARY KEY, a", "_id INT PRIMARY KEY, a"), 14,
+       "SQLite keeps its value in the record"},
+      {"NameInFrontThatReadsAsAKey",
+       Changed("_id INTEGER PRIMARY KEY, a TEXT, n INTEGER)",
+               "primary_key_id INTEGER, a TEXT, n INTEGER)"),
+       14, "SQLite keeps its value in the record"},
+      {"TableWithoutRowIds", Changed("n INTEGER)", "n INTEGER) WITHOUT ROWID"), 14,
+       "WITHOUT ROWID cannot be carved"},
       {"TwoLayoutsOfOneWidth", Changed("n INTEGER, z TEXT)", "n INTEGER)"), 16,
        "two layouts of one width"},
       {"NoLayout",
@@ -108,13 +149,15 @@ const std::vector<Refusal>& LayoutsRefusals() {
                " []\n    results: []\n  - name: msg"),
        6, "has no layout"},
       {"MovedResultColumn", Changed("a TEXT, n INTEGER, z TEXT)", "z TEXT, n INTEGER, a TEXT)"), 16,
-       "moves the result column 'a' to position 3; in the layout of 3 columns it stands at 1"},
+       "moves the result column 'a' to position 3; in the layout of 3 columns (line 14) it stands "
+       "at 1"},
       {"MovedFeaturedColumn", Changed("n INTEGER, z TEXT)", "z TEXT, n INTEGER)"), 16,
        "moves the featured column 'n' to position 3"},
       {"OtherColumnInAResultColumnsPlace",
        Changed("a TEXT, n INTEGER, z TEXT)", "b TEXT, n INTEGER, z TEXT)"), 16,
-       "column 'b' of this layout stands at position 1, where the layout of 3 columns has 'a', a "
-       "result column"},
+       "column 'b' of this layout stands at position 1, where the layout of 3 columns (line 14) "
+       "has "
+       "'a', a result column"},
       {"FlexibleCountThatMergesLayouts", WideSource(20, 22, 3), 10, "it may be 2 at most"},
   };
   return refusals;
@@ -154,6 +197,8 @@ INSTANTIATE_TEST_SUITE_P(Columns, VexaconfigcRefusal, testing::ValuesIn(ColumnsR
 
 const std::vector<Refusal>& FeaturesRefusals() {
   static const std::vector<Refusal> refusals = {
+      {"AnswerToNoDoubt", Changed("max: 7", "max: 7\n        despite: it is small"), 26,
+       "nothing is doubtful about this entry"},
       {"FeatureOfNoLayout", Changed("column: n", "column: m"), 22, "no layout holds the column"},
       {"SecondFeature", Changed("      - column: a\n", "      - column: n\n"), 27,
        "a second feature on 'n' has no effect; the first is on line 22"},
@@ -162,6 +207,8 @@ const std::vector<Refusal>& FeaturesRefusals() {
        "lets no value of this kind through (layout on line 14)"},
       {"EmptyRange", Changed("max: 7", "max: -7"), 22, "min lies above max"},
       {"NegativeLength", Changed("min: 1\n", "min: -1\n"), 27, "a length has no negative min"},
+      {"NegativeLengthOfTheSecondKind", Changed("min: -1\n", "or_kind: text\n        min: -1\n"),
+       22, "a length has no negative min"},
       {"RepeatedKind", Changed("or_kind: blob", "or_kind: text"), 27, "or_kind repeats kind"},
       {"BytesOfANumber", Changed("max: 7", "max: 7\n        bytes: a"), 26, "act on text and blob"},
       {"ForbiddenBytesAlone", Changed("        bytes: \"'a'~'f'\"\n", ""), 33,
@@ -180,6 +227,7 @@ const std::vector<Refusal>& ByteSetsRefusals() {
       {"ByteSetBareZeroRange", ByteSet("0~9"), 33, "a bare 0 begins a hexadecimal byte"},
       {"ByteSetHexadecimalRange", ByteSet("0x30~0x39"), 33, "cannot be written in hexadecimal"},
       {"ByteSetRangeToTheHighestByte", ByteSet("0x80~0xFF"), 33, "ends at the byte 0xFF"},
+      {"ByteSetLetterRangeToTheHighestByte", ByteSet("a~0xff"), 33, "ends at the byte 0xFF"},
       {"ByteSetBareZero", ByteSet("0"), 33, "the byte of value 0"},
       {"ByteSetSeveralBytes", ByteSet("ab"), 33, "only the last byte would count"},
       {"ByteSetQuotedWord", ByteSet("'ab'"), 33, "only the last byte would count"},
@@ -203,50 +251,5 @@ const std::vector<Refusal>& ByteSetsRefusals() {
 
 INSTANTIATE_TEST_SUITE_P(ByteSets, VexaconfigcRefusal, testing::ValuesIn(ByteSetsRefusals()),
                          NameOf);
-
-// What is doubtful and still compiled.
-struct Doubt {
-  const char* name;
-  std::string source;
-  int line;
-  const char* words;
-};
-
-class VexaconfigcWarning : public testing::TestWithParam<Doubt> {};
-
-TEST_P(VexaconfigcWarning, NamesFileAndLineAndWrites) {
-  const ConfigFolder folder;
-  const std::string source = folder.Write("android/sms.yaml", GetParam().source);
-  const ToolRun run = RunVexaconfigc({source, "--out", folder.Path("out.db")});
-  EXPECT_EQ(run.exit_code, 0);
-  EXPECT_THAT(run.output, HasSubstr(source + ":" + std::to_string(GetParam().line) +
-                                    ": warning: " + GetParam().words));
-  EXPECT_THAT(folder.FileNames(), ElementsAre("android", "out.db"));
-}
-
-// The feature on line 22 on a text column.
-std::string TextFeatureOn(const std::string& column, std::string text) {
-  const std::string integer = "column: n\n        kind: integer\n        min: -1\n";
-  return text.replace(text.find(integer), integer.size(),
-                      "column: " + column + "\n        kind: text\n        min: 0\n");
-}
-
-const std::vector<Doubt>& Doubts() {
-  static const std::vector<Doubt> doubts = {
-      {"FeatureThatSwitchesANarrowLayoutOff", TextFeatureOn("z", kSource), 22,
-       "the feature on the late column 'z' switches off the layout of 3 columns"},
-      {"FeatureThatRefusesShortRecords", TextFeatureOn("c17", WideSource(20, 24, 2)), 22,
-       "the feature on the late column 'c17' refuses the short records"},
-      {"FeatureThatJudgesAnotherColumn", Changed("n INTEGER, z TEXT)", "m INTEGER, z TEXT)"), 16,
-       "column 'm' of this layout stands at position 2, where the layout of 3 columns has 'n', "
-       "whose feature judges it"},
-      {"FlexibleCountOfANarrowTable", Changed("flexible_cnt: 0", "flexible_cnt: 2"), 10,
-       "flexible_cnt acts only on tables of at least 20 columns"},
-  };
-  return doubts;
-}
-
-INSTANTIATE_TEST_SUITE_P(Sources, VexaconfigcWarning, testing::ValuesIn(Doubts()),
-                         [](const auto& doubt) { return std::string(doubt.param.name); });
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <map>
 
 #include "feature_check.h"
+#include "kind_check.h"
 #include "layout_check.h"
 #include "position_check.h"
 #include "result_check.h"
@@ -25,6 +26,7 @@ void CheckTables(Application& application, Diagnostics& diagnostics) {
     ReadLayouts(table, application.file, diagnostics);
     CheckResults(table, application.file, diagnostics);
     CheckFeatures(table, application.file, diagnostics);
+    CheckKinds(table, application.file, diagnostics);
     CheckPositions(table, application.file, diagnostics);
   }
 }
@@ -67,6 +69,7 @@ std::vector<Application> CompileSources(const std::vector<std::string>& files,
     CheckTables(*application, diagnostics);
     applications.push_back(std::move(*application));
   }
+  diagnostics.CheckAccepted();
   return applications;
 }
 

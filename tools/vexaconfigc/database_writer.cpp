@@ -31,7 +31,12 @@ constexpr const char* kTables =
     " item_range TEXT, item_not_exist_value TEXT, field_type_candidate INTEGER);"
     "CREATE TABLE result_field_info(system_type TEXT, data_type TEXT, table_name TEXT,"
     " field_name TEXT, field_type_text TEXT, field_type INTEGER, is_unique_field INTEGER,"
-    " is_row_id_field INTEGER);";
+    " is_row_id_field INTEGER);"
+    // What people want to know about the rows above. The library does not read these two.
+    "CREATE TABLE covered_table(system_type TEXT, data_type TEXT, application TEXT,"
+    " database_file TEXT, table_name TEXT, limits TEXT);"
+    "CREATE TABLE not_covered(system_type TEXT, data_type TEXT, application TEXT,"
+    " database_file TEXT, what TEXT, why TEXT);";
 
 // Keeps the table out of the deleted scans.
 constexpr int64_t kScanTypeExistingOnly = 1;
@@ -115,6 +120,30 @@ void InsertTable(DatabaseFile& file, const Application& application, const Table
   }
 }
 
+void InsertCoverage(DatabaseFile& file, const Application& application) {
+  for (const Table& table : application.tables) {
+    file.Insert("covered_table", {application.system, application.data_type, application.name,
+                                  table.database.empty() ? application.database : table.database,
+                                  table.name, table.limits});
+  }
+  const auto insert_gap = [&](const std::string& database, const std::string& what,
+                              const std::string& why) {
+    file.Insert("not_covered",
+                {application.system, application.data_type, application.name, database, what, why});
+  };
+  for (const NotCovered& gap : application.not_covered) {
+    insert_gap(application.database, gap.what, gap.why);
+  }
+  for (const Table& table : application.tables) {
+    for (const Layout& layout : table.layouts) {
+      if (!layout.unreadable) continue;
+      insert_gap(table.database.empty() ? application.database : table.database,
+                 "table " + table.name + (layout.note.empty() ? "" : ", " + layout.note),
+                 layout.fault);
+    }
+  }
+}
+
 // Removes the half-made file whatever happens; after the move there is nothing to remove.
 class TemporaryFile {
  public:
@@ -145,6 +174,8 @@ std::string WriteDatabase(std::vector<Application> applications, const std::stri
     const TemporaryFile temporary(path + ".tmp" + std::to_string(getpid()));
     DatabaseFile file(temporary.path());
     for (const Application& application : applications) {
+      InsertCoverage(file, application);
+      if (application.tables.empty()) continue;  // nothing to scan: as if the file were not there
       file.Insert("scan_type_info", {application.system, application.data_type,
                                      AsNumber(application.scan_main_file)});
       for (const Table& table : application.tables) InsertTable(file, application, table);

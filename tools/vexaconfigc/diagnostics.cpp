@@ -12,7 +12,24 @@ void Diagnostics::Error(const std::string& file, int line, const std::string& wo
 }
 
 void Diagnostics::Warning(const std::string& file, int line, const std::string& words) {
+  const auto acceptance = accepted_.find({file, line});
+  if (acceptance != accepted_.end()) {
+    acceptance->second.met = true;
+    return;
+  }
   entries_.push_back({file, line, false, words});
+}
+
+void Diagnostics::Accept(const std::string& file, int line, int reason_line) {
+  accepted_[{file, line}] = {reason_line, false};
+}
+
+void Diagnostics::CheckAccepted() {
+  for (const auto& [place, acceptance] : accepted_) {
+    if (acceptance.met) continue;
+    Error(place.first, acceptance.reason_line,
+          "nothing is doubtful about this entry: leave 'despite' out");
+  }
 }
 
 void Diagnostics::Print(std::ostream& out) const {

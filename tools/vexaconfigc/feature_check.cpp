@@ -64,7 +64,7 @@ class FeatureCheck {
     if (!AnyLayoutHolds(table_, feature.column)) {
       Error(feature.line, "no layout holds the column of the " + name);
     }
-    if (IsAlias(table_, feature.column)) {
+    if (table_.scan.deleted && IsAlias(table_, feature.column)) {
       Error(feature.line, "the " + name + " sees the number 0 in every record, since the row id " +
                               "stands for it");
     }
@@ -89,7 +89,7 @@ class FeatureCheck {
 
   void CheckLimits(const Feature& feature) {
     if (feature.min > feature.max) Error(feature.line, "min lies above max");
-    if (feature.min < 0 && IsBytesKind(feature.kind)) {
+    if (feature.min < 0 && (IsBytesKind(feature.kind) || IsBytesKind(feature.or_kind))) {
       Error(feature.line, "a length has no negative min");
     }
   }

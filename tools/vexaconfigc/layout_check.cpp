@@ -11,11 +11,6 @@ namespace {
 // Below this width the library never merges layouts, and short records are refused.
 constexpr size_t kWideTable = 20;
 
-std::string WidthText(const Layout& layout) {
-  return "the layout of " + std::to_string(layout.columns.size()) + " columns (line " +
-         std::to_string(layout.line) + ")";
-}
-
 class LayoutReader {
  public:
   LayoutReader(Table& table, const std::string& file, Diagnostics& diagnostics)
@@ -27,19 +22,53 @@ class LayoutReader {
     }
     for (Layout& layout : table_.layouts) {
       if (layout.sql.empty()) continue;  // reported already
-      layout.columns = ParseCreateSql(table_.name, layout.sql);
-      if (layout.columns.empty()) {
-        Error(layout, "the CREATE statement cannot be read: " + UnreadableClause(layout));
-        continue;
-      }
-      CompareWithSqlite(layout);
-      CheckFirstColumn(layout);
+      ReadLayout(layout);
     }
     CheckWidths();
     CheckFlexibleCount();
   }
 
  private:
+  void ReadLayout(Layout& layout) {
+    layout.columns = ParseCreateSql(table_.name, layout.sql);
+    std::string fault = layout.columns.empty()
+                            ? "the CREATE statement cannot be read: " + UnreadableClause(layout)
+                            : "";
+    layout.width = layout.columns.size();
+    if (!fault.empty() && !layout.unreadable) {
+      Error(layout, fault);
+      return;
+    }
+    if (!table_.scan.virtual_table) {  // its module need not be in this SQLite
+      MemoryDatabase database;
+      if (const std::string refusal = database.Run(layout.sql); !refusal.empty()) {
+        Error(layout, "SQLite refuses the CREATE statement: " + refusal);
+        return;
+      }
+      const std::vector<std::string> names = database.ColumnNames(table_.name);
+      layout.width = names.size();
+      if (names.empty()) {
+        Error(layout, "the CREATE statement makes another table than '" + table_.name + "'");
+        return;
+      }
+      if (fault.empty()) fault = ReadingFault(layout, names);
+      layout.alias = database.RowIdAlias(table_.name);
+      if (table_.scan.deleted && !layout.unreadable && !database.HasRowIds(table_.name)) {
+        Error(layout,
+              "the rows of a table WITHOUT ROWID cannot be carved; set scan: deleted: false");
+      }
+    }
+    if (layout.unreadable) {
+      if (fault.empty()) Error(layout, "the layout can be read: it is not unreadable");
+      layout.columns.clear();
+      layout.fault = fault;
+    } else if (!fault.empty()) {
+      Error(layout, fault);
+    } else {
+      CheckFirstColumn(layout);
+    }
+  }
+
   // The first clause that empties the list, as far as cutting at every comma tells.
   static std::string UnreadableClause(const Layout& layout) {
     const size_t open = layout.sql.find('(');
@@ -62,36 +91,28 @@ class LayoutReader {
 
   // The parser cuts at commas and drops what it takes for a constraint. SQLite knows better, so a
   // difference is a statement that has to be written in a plainer form.
-  void CompareWithSqlite(const Layout& layout) {
-    if (table_.scan.virtual_table) return;  // its module need not be in this SQLite
-    MemoryDatabase database;
-    if (const std::string fault = database.Run(layout.sql); !fault.empty()) {
-      Error(layout, "SQLite refuses the CREATE statement: " + fault);
-      return;
-    }
-    const std::vector<std::string> names = database.ColumnNames(table_.name);
-    if (names.empty()) {
-      Error(layout, "the CREATE statement makes another table than '" + table_.name + "'");
-      return;
-    }
+  static std::string ReadingFault(const Layout& layout, const std::vector<std::string>& names) {
     const bool same = std::equal(
         names.begin(), names.end(), layout.columns.begin(), layout.columns.end(),
         [](const std::string& name, const SqlColumnInfo& column) { return name == column.name; });
-    if (!same) {
-      Error(layout, "the CREATE statement reads as " + std::to_string(layout.columns.size()) +
-                        " columns, but SQLite makes other ones, " + std::to_string(names.size()) +
-                        " of them");
-    }
+    if (same) return "";
+    return "the CREATE statement reads as " + std::to_string(layout.columns.size()) +
+           " columns, but SQLite makes other ones, " + std::to_string(names.size()) + " of them";
   }
 
   // A first column that is a primary key is taken for the row id alias, which holds NULL in the
   // record. Any other key stands in the record, and all values would be read one column late.
   void CheckFirstColumn(const Layout& layout) {
     const SqlColumnInfo& first = layout.columns.front();
-    if (table_.scan.deleted && first.is_primary_key && first.type_code != kTypeCodeInteger) {
+    if (!table_.scan.deleted || table_.scan.virtual_table || !first.is_primary_key) return;
+    if (first.type_code != kTypeCodeInteger) {
       Error(layout, "the first column '" + first.name +
                         "' is a primary key but no INTEGER, so that deleted records are misread; "
                         "set scan: deleted: false");
+    } else if (layout.alias != first.name) {
+      Error(layout, "the first column '" + first.name +
+                        "' is taken for the row id, but SQLite keeps its value in the record, so "
+                        "that deleted records are misread; set scan: deleted: false");
     }
   }
 
@@ -151,6 +172,19 @@ class LayoutReader {
 
 }  // namespace
 
+std::string WidthText(const Layout& layout) {
+  return "the layout of " + std::to_string(layout.columns.size()) + " columns (line " +
+         std::to_string(layout.line) + ")";
+}
+
+std::vector<const Layout*> CarvedLayouts(const Table& table) {
+  std::vector<const Layout*> carved;
+  for (const Layout& layout : table.layouts) {
+    if (!layout.live_only && !layout.columns.empty()) carved.push_back(&layout);
+  }
+  return carved;
+}
+
 int PositionOf(const Layout& layout, const std::string& column) {
   const auto found =
       std::find_if(layout.columns.begin(), layout.columns.end(),
@@ -165,8 +199,9 @@ bool AnyLayoutHolds(const Table& table, const std::string& column) {
 
 bool IsAlias(const Table& table, const std::string& column) {
   return std::any_of(table.layouts.begin(), table.layouts.end(), [&column](const Layout& layout) {
-    return !layout.columns.empty() && layout.columns.front().is_primary_key &&
-           layout.columns.front().name == column;
+    if (layout.columns.empty()) return false;
+    const SqlColumnInfo& first = layout.columns.front();
+    return layout.alias == column || (first.is_primary_key && first.name == column);
   });
 }
 

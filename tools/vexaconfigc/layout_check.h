@@ -8,10 +8,16 @@ namespace vexaconfigc {
 // Position of a column in a layout, or -1.
 int PositionOf(const Layout& layout, const std::string& column);
 
+// "the layout of 5 columns (line 12)".
+std::string WidthText(const Layout& layout);
+
+// The layouts that are tried beside the live one.
+std::vector<const Layout*> CarvedLayouts(const Table& table);
+
 // True when some layout of the table holds the column.
 bool AnyLayoutHolds(const Table& table, const std::string& column);
 
-// True when some layout has the column as its row id alias.
+// True when some layout has the column as its row id alias, in the library's eyes or in SQLite's.
 bool IsAlias(const Table& table, const std::string& column);
 
 // Fills the columns of a table's layouts with what the library's CREATE parser reads, and refuses

@@ -7,64 +7,67 @@
 #include <iostream>
 
 #include "compiler.h"
+#include "conflict_report.h"
+#include "coverage_page.h"
 #include "database_writer.h"
-#include "position_check.h"
 
 namespace {
 
-void PrintReport(const std::vector<vexaconfigc::Application>& applications) {
-  for (const vexaconfigc::Application& application : applications) {
-    std::cout << application.system << '/' << application.data_type << " (" << application.database
-              << ")\n";
-    for (const vexaconfigc::Table& table : application.tables) {
-      std::cout << "  " << table.name << ": " << table.results.size() << " result columns, "
-                << table.features.size() << " features,";
-      for (const vexaconfigc::Layout& layout : table.layouts) {
-        std::cout << ' ' << layout.columns.size() << (layout.live_only ? "(live only)" : "");
-      }
-      std::cout << " columns" << (table.scan.deleted ? "" : ", live rows only") << '\n';
-      for (const std::string& line : vexaconfigc::DescribeConflicts(table)) {
-        std::cout << "    " << line << '\n';
-      }
-    }
-  }
+// What one call is to do with the sources.
+struct Orders {
+  std::vector<std::string> paths;
+  std::string out;
+  std::string coverage;
+  bool report = false;
+};
+
+int Complain(const std::string& path, const std::string& fault) {
+  std::cerr << "vexaconfigc: cannot write " << path << ": " << fault << '\n';
+  return 1;
 }
 
-int Compile(const std::vector<std::string>& paths, const std::string& out, bool report) {
-  const std::vector<std::string> files = vexaconfigc::CollectSources(paths);
+int Compile(const Orders& orders) {
+  const std::vector<std::string> files = vexaconfigc::CollectSources(orders.paths);
   if (files.empty()) {
     std::cerr << "vexaconfigc: no source file (*.yaml) in what was given\n";
     return 1;
   }
   vexaconfigc::Diagnostics diagnostics;
-  std::vector<vexaconfigc::Application> applications =
+  const std::vector<vexaconfigc::Application> applications =
       vexaconfigc::CompileSources(files, diagnostics);
   diagnostics.Print(std::cerr);
-  if (report) PrintReport(applications);
+  if (orders.report) vexaconfigc::PrintReport(applications, std::cout);
   if (diagnostics.HasErrors()) return 1;
-  if (out.empty()) return 0;
-  const std::string fault = vexaconfigc::WriteDatabase(std::move(applications), out);
-  if (fault.empty()) return 0;
-  std::cerr << "vexaconfigc: cannot write " << out << ": " << fault << '\n';
-  return 1;
+  if (!orders.out.empty()) {
+    const std::string fault = vexaconfigc::WriteDatabase(applications, orders.out);
+    if (!fault.empty()) return Complain(orders.out, fault);
+  }
+  if (!orders.coverage.empty()) {
+    const std::string fault =
+        vexaconfigc::WriteTextFile(orders.coverage, vexaconfigc::CoveragePage(applications));
+    if (!fault.empty()) return Complain(orders.coverage, fault);
+  }
+  return 0;
 }
 
 int Run(int argc, char** argv) {
   CLI::App app("Compiles the sources of the configuration into VexaConfiger.db");
-  std::vector<std::string> paths;
-  std::string out;
-  bool report = false;
-  app.add_option("source", paths, "Source files, or folders of *.yaml")
+  Orders orders;
+  app.add_option("source", orders.paths, "Source files, or folders of *.yaml")
       ->required()
       ->check(CLI::ExistingPath);
-  app.add_option("-o,--out", out, "The database to write; without it the sources are only checked");
-  app.add_flag("--report", report, "Print what each table holds and where its layouts conflict");
+  app.add_option("-o,--out", orders.out,
+                 "The database to write; without it the sources are only checked");
+  app.add_option("--coverage", orders.coverage,
+                 "The page (Markdown) to write about what the sources cover");
+  app.add_flag("--report", orders.report,
+               "Print what each table holds and where its layouts conflict");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& fault) {
     return app.exit(fault) == 0 ? 0 : 2;
   }
-  return Compile(paths, out, report);
+  return Compile(orders);
 }
 
 }  // namespace

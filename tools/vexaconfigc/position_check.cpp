@@ -1,6 +1,7 @@
 #include "position_check.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
 
 #include "layout_check.h"
@@ -9,45 +10,9 @@ namespace vexaconfigc {
 
 namespace {
 
-std::string WidthText(const Layout& layout) {
-  return "the layout of " + std::to_string(layout.columns.size()) + " columns";
-}
-
-std::vector<const Layout*> CarvedLayouts(const Table& table) {
-  std::vector<const Layout*> carved;
-  for (const Layout& layout : table.layouts) {
-    if (!layout.live_only && !layout.columns.empty()) carved.push_back(&layout);
-  }
-  return carved;
-}
-
-// Result columns besides the row id, which is not read from the record, and featured columns.
-std::vector<std::string> ColumnsThatMatter(const Table& table, bool with_features) {
-  std::set<std::string> seen;
-  std::vector<std::string> columns;
-  const auto add = [&](const std::string& column) {
-    if (!column.empty() && seen.insert(column).second) columns.push_back(column);
-  };
-  for (const ResultColumn& result : table.results) {
-    if (!result.row_id) add(result.column);
-  }
-  if (with_features) {
-    for (const Feature& feature : table.features) add(feature.column);
-  }
-  return columns;
-}
-
 bool IsResult(const Table& table, const std::string& column) {
   return std::any_of(table.results.begin(), table.results.end(),
                      [&](const ResultColumn& result) { return result.column == column; });
-}
-
-// Which layout settles the position of a column: the first that holds it.
-const Layout* FirstHolder(const std::vector<const Layout*>& layouts, const std::string& column) {
-  for (const Layout* layout : layouts) {
-    if (PositionOf(*layout, column) >= 0) return layout;
-  }
-  return nullptr;
 }
 
 void CheckColumn(const Table& table, const std::vector<const Layout*>& carved,
@@ -79,65 +44,119 @@ void CheckColumn(const Table& table, const std::vector<const Layout*>& carved,
   }
 }
 
+// True when a record of the layout may lack the column and be carved all the same.
+bool MayBeShort(const Table& table, const Layout& layout, const std::string& column) {
+  constexpr int kWideTable = 20;
+  const int position = PositionOf(layout, column);
+  const int width = static_cast<int>(layout.columns.size());
+  if (width < kWideTable || table.scan.flexible_cnt == 0 || position < 0) return false;
+  return position >= width - 1 - table.scan.flexible_cnt;
+}
+
+// "in the layout of 5 columns (line 12)", or of several the first and how many follow.
+std::string InLayouts(const std::vector<const Layout*>& layouts) {
+  std::string words = "in " + WidthText(*layouts.front());
+  if (layouts.size() > 1) words += " and in " + std::to_string(layouts.size() - 1) + " more";
+  return words;
+}
+
+template <typename Predicate>
+std::vector<const Layout*> LayoutsThat(const std::vector<const Layout*>& layouts,
+                                       Predicate predicate) {
+  std::vector<const Layout*> chosen;
+  std::copy_if(layouts.begin(), layouts.end(), std::back_inserter(chosen),
+               [&](const Layout* layout) { return predicate(*layout); });
+  return chosen;
+}
+
+std::vector<const Layout*> ShortLayouts(const Table& table, const std::string& column) {
+  std::vector<const Layout*> all;
+  for (const Layout& layout : table.layouts) all.push_back(&layout);
+  return LayoutsThat(all, [&](const Layout& layout) { return MayBeShort(table, layout, column); });
+}
+
 // A record that lacks a featured column is refused.
 void WarnOfLateFeature(const Table& table, const std::vector<const Layout*>& carved,
                        const Feature& feature, const std::string& file, Diagnostics& diagnostics) {
-  for (const Layout* holder : carved) {
-    const int position = PositionOf(*holder, feature.column);
-    if (position < 0) continue;
+  const std::string name = "the feature on the late column '" + feature.column + "'";
+  if (const Layout* holder = FirstHolder(carved, feature.column)) {
+    const auto position = static_cast<size_t>(PositionOf(*holder, feature.column));
     for (const Layout* layout : carved) {
-      if (layout->columns.size() <= static_cast<size_t>(position)) {
-        diagnostics.Warning(file, feature.line,
-                            "the feature on the late column '" + feature.column +
-                                "' switches off " + WidthText(*layout));
-      }
+      if (layout->columns.size() > position) continue;
+      diagnostics.Warning(file, feature.line, name + " switches off " + WidthText(*layout));
     }
-    break;
   }
-  for (const Layout& layout : table.layouts) {
-    const int position = PositionOf(layout, feature.column);
-    const int width = static_cast<int>(layout.columns.size());
-    if (width < 20 || table.scan.flexible_cnt == 0 || position < 0) continue;
-    if (position >= width - 1 - table.scan.flexible_cnt) {
-      diagnostics.Warning(file, feature.line,
-                          "the feature on the late column '" + feature.column +
-                              "' refuses the short records that flexible_cnt lets through in " +
-                              WidthText(layout));
-    }
+  if (const auto layouts = ShortLayouts(table, feature.column); !layouts.empty()) {
+    diagnostics.Warning(
+        file, feature.line,
+        name + " refuses the short records that flexible_cnt lets through " + InLayouts(layouts));
+  }
+}
+
+// True when a later layout added the column to this one.
+bool IsAddedLater(const Table& table, const Layout& layout, const std::string& column) {
+  return PositionOf(layout, column) < 0 &&
+         std::any_of(table.layouts.begin(), table.layouts.end(), [&](const Layout& later) {
+           return PositionOf(later, column) >= 0 && later.from_version >= layout.from_version &&
+                  later.columns.size() > layout.columns.size();
+         });
+}
+
+// A record that lacks a column is carved with 0 or an empty text there, and SQLite gives a live row
+// its default: the key tells the two apart although they are one.
+void WarnOfLateKey(const Table& table, const std::vector<const Layout*>& carved,
+                   const ResultColumn& result, const std::string& file, Diagnostics& diagnostics) {
+  const std::string name = "the unique column '" + result.column + "' is missing ";
+  const auto older = LayoutsThat(
+      carved, [&](const Layout& layout) { return IsAddedLater(table, layout, result.column); });
+  if (!older.empty()) {
+    diagnostics.Warning(
+        file, result.line,
+        name + InLayouts(older) + ": their rows get 0 or an empty text, which equals no live row");
+  }
+  if (const auto layouts = ShortLayouts(table, result.column); !layouts.empty()) {
+    diagnostics.Warning(
+        file, result.line,
+        name + "in the short records that flexible_cnt lets through " + InLayouts(layouts));
   }
 }
 
 }  // namespace
 
+std::vector<std::string> ColumnsThatMatter(const Table& table) {
+  std::set<std::string> seen;
+  std::vector<std::string> columns;
+  const auto add = [&](const std::string& column) {
+    if (!column.empty() && seen.insert(column).second) columns.push_back(column);
+  };
+  for (const ResultColumn& result : table.results) {
+    if (!result.row_id) add(result.column);
+  }
+  for (const Feature& feature : table.features) add(feature.column);
+  return columns;
+}
+
+const Layout* FirstHolder(const std::vector<const Layout*>& layouts, const std::string& column) {
+  for (const Layout* layout : layouts) {
+    if (PositionOf(*layout, column) >= 0) return layout;
+  }
+  return nullptr;
+}
+
 void CheckPositions(const Table& table, const std::string& file, Diagnostics& diagnostics) {
   const std::vector<const Layout*> carved = CarvedLayouts(table);
-  for (const std::string& column : ColumnsThatMatter(table, true)) {
+  for (const std::string& column : ColumnsThatMatter(table)) {
     CheckColumn(table, carved, column, file, diagnostics);
   }
   if (!table.scan.deleted) return;  // features judge carved records only
   for (const Feature& feature : table.features) {
     WarnOfLateFeature(table, carved, feature, file, diagnostics);
   }
-}
-
-std::vector<std::string> DescribeConflicts(const Table& table) {
-  std::vector<std::string> lines;
-  const std::vector<const Layout*> carved = CarvedLayouts(table);
-  if (carved.empty() || !table.scan.deleted) return lines;
-  for (const Layout& live : table.layouts) {
-    if (!live.live_only) continue;
-    std::string moved;
-    for (const std::string& column : ColumnsThatMatter(table, true)) {
-      const Layout* holder = FirstHolder(carved, column);
-      const int position = PositionOf(live, column);
-      if (holder == nullptr || position < 0 || position == PositionOf(*holder, column)) continue;
-      moved += (moved.empty() ? "" : ", ") + column;
+  for (const ResultColumn& result : table.results) {
+    if (result.unique && !result.row_id) {
+      WarnOfLateKey(table, carved, result, file, diagnostics);
     }
-    if (moved.empty()) continue;
-    lines.push_back(table.name + ": with " + WidthText(live) + " (line " +
-                    std::to_string(live.line) + ") live, carved rows are misread in " + moved);
   }
-  return lines;
 }
 
 }  // namespace vexaconfigc

@@ -11,8 +11,11 @@ namespace vexaconfigc {
 // about features that switch narrower layouts or short records off.
 void CheckPositions(const Table& table, const std::string& file, Diagnostics& diagnostics);
 
-// What a reader of the sources should know before adding a layout: for each layout that is live
-// only, which columns stand elsewhere than in the carved layouts. One line each, without line feed.
-std::vector<std::string> DescribeConflicts(const Table& table);
+// The columns whose place counts: result columns besides the row id, which is not read from the
+// record, and featured columns. None twice.
+std::vector<std::string> ColumnsThatMatter(const Table& table);
+
+// Which layout settles the position of a column: the first that holds it, or nullptr.
+const Layout* FirstHolder(const std::vector<const Layout*>& layouts, const std::string& column);
 
 }  // namespace vexaconfigc

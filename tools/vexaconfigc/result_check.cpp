@@ -35,7 +35,7 @@ class ResultCheck {
     }
     if (!AnyLayoutHolds(table_, result.column)) Error(result.line, "no layout holds " + name);
     if (!result.row_id) {
-      if (IsAlias(table_, result.column)) {
+      if (table_.scan.deleted && IsAlias(table_, result.column)) {
         Error(result.line, name + " is NULL in every record, since the row id stands for it: mark" +
                                " it row_id: true");
       }

@@ -24,8 +24,15 @@ struct Layout {
   // Known, but not carved beside other layouts: it gives names and conflicts to check against, and
   // no row in the database.
   bool live_only = false;
+  // The library's parser reads no columns from it, or other ones than SQLite. That such a table
+  // exists is worth stating, but there is nothing to check against it.
+  bool unreadable = false;
+  std::string note;
   std::string sql;
-  std::vector<SqlColumnInfo> columns;  // filled by the layout check
+  std::vector<SqlColumnInfo> columns;  // filled by the layout check; none when unreadable
+  size_t width = 0;                    // columns as SQLite counts them
+  std::string fault;                   // of an unreadable one: what the parser stumbles over
+  std::string alias;                   // column that stands for the row id, as SQLite sees it
 };
 
 // One column of the result table.
@@ -68,10 +75,18 @@ struct ScanFlags {
 struct Table {
   int line = 0;
   std::string name;
+  std::string database;  // the file of this table, where it is not that of the application
+  std::string limits;    // what recovery cannot reach, in words
   ScanFlags scan;
   std::vector<Layout> layouts;
   std::vector<ResultColumn> results;
   std::vector<Feature> features;
+};
+
+// Something of an application that is known and left out.
+struct NotCovered {
+  std::string what;
+  std::string why;
 };
 
 // One source file: the tables of one application on one system.
@@ -82,8 +97,10 @@ struct Application {
   int32_t data_code = 0;
   std::string system;
   std::string data_type;
+  std::string name;  // of the application, for people
   std::string database;
   bool scan_main_file = false;
+  std::vector<NotCovered> not_covered;
   std::vector<Table> tables;
 };
 

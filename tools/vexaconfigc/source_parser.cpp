@@ -19,8 +19,9 @@ class SourceParser {
 
   Application Parse(const YAML::Node& root) {
     MapReader map(root, "the file",
-                  {"system", "data_type", "database", "scan_main_file", "note", "tables"}, file_,
-                  diagnostics_);
+                  {"system", "data_type", "application", "database", "scan_main_file", "note",
+                   "not_covered", "tables"},
+                  file_, diagnostics_);
     Application application;
     application.file = file_;
     application.line = map.line();
@@ -30,11 +31,19 @@ class SourceParser {
     application.data_type = map.Text("data_type");
     application.data_code = CodeOf("data type", application.data_type, DataTypeName, kDataTypeCount,
                                    map.LineOfKey("data_type"));
+    application.name = map.OptionalText("application");
     application.database = map.Text("database");
     application.scan_main_file = map.Flag("scan_main_file");
     map.OptionalText("note");
+    for (const YAML::Node& gap : map.OptionalList("not_covered")) {
+      application.not_covered.push_back(ParseNotCovered(gap));
+    }
     for (const YAML::Node& table : map.List("tables")) {
       application.tables.push_back(ParseTable(table));
+    }
+    if (application.tables.empty() && application.not_covered.empty()) {
+      diagnostics_.Error(file_, map.LineOfKey("tables"),
+                         "a file without tables has to say in not_covered why");
     }
     CheckPath(application, map);
     return application;
@@ -71,12 +80,20 @@ class SourceParser {
     }
   }
 
+  NotCovered ParseNotCovered(const YAML::Node& node) {
+    MapReader map(node, "a not_covered entry", {"what", "why"}, file_, diagnostics_);
+    return {map.Text("what"), map.Text("why")};
+  }
+
   Table ParseTable(const YAML::Node& node) {
-    MapReader map(node, "a table", {"name", "note", "scan", "layouts", "results", "features"},
+    MapReader map(node, "a table",
+                  {"name", "database", "note", "limits", "scan", "layouts", "results", "features"},
                   file_, diagnostics_);
     Table table;
     table.line = map.line();
     table.name = map.Text("name");
+    table.database = map.OptionalText("database");
+    table.limits = map.OptionalText("limits");
     map.OptionalText("note");
     if (const YAML::Node scan = map.Map("scan"); scan.IsDefined()) table.scan = ParseScan(scan);
     for (const YAML::Node& layout : map.List("layouts")) {
@@ -109,20 +126,34 @@ class SourceParser {
   }
 
   Layout ParseLayout(const YAML::Node& node) {
-    MapReader map(node, "a layout", {"from_version", "live_only", "note", "sql"}, file_,
+    MapReader map(node, "a layout",
+                  {"from_version", "live_only", "unreadable", "note", "despite", "sql"}, file_,
                   diagnostics_);
     Layout layout;
     layout.line = map.line();
     layout.from_version = map.SmallNumber("from_version");
     layout.live_only = map.OptionalFlag("live_only");
-    map.OptionalText("note");
+    layout.unreadable = map.OptionalFlag("unreadable");
+    layout.note = map.OptionalText("note");
+    ParseDespite(map);
     layout.sql = map.Text("sql");
+    if (layout.unreadable && !layout.live_only) {
+      diagnostics_.Error(file_, map.LineOfKey("unreadable"),
+                         "an unreadable layout can only be live_only");
+    }
     return layout;
   }
 
+  void ParseDespite(MapReader& map) {
+    if (!map.OptionalText("despite").empty()) {
+      diagnostics_.Accept(file_, map.line(), map.LineOfKey("despite"));
+    }
+  }
+
   ResultColumn ParseResult(const YAML::Node& node) {
-    MapReader map(node, "a result column", {"column", "type", "kind", "unique", "row_id", "note"},
-                  file_, diagnostics_);
+    MapReader map(node, "a result column",
+                  {"column", "type", "kind", "unique", "row_id", "note", "despite"}, file_,
+                  diagnostics_);
     ResultColumn column;
     column.line = map.line();
     column.column = map.Text("column");
@@ -132,14 +163,15 @@ class SourceParser {
     column.unique = map.OptionalFlag("unique");
     column.row_id = map.OptionalFlag("row_id");
     map.OptionalText("note");
+    ParseDespite(map);
     return column;
   }
 
   Feature ParseFeature(const YAML::Node& node) {
-    MapReader map(
-        node, "a feature",
-        {"column", "kind", "or_kind", "not_null", "min", "max", "bytes", "not_bytes", "why"}, file_,
-        diagnostics_);
+    MapReader map(node, "a feature",
+                  {"column", "kind", "or_kind", "not_null", "min", "max", "bytes", "not_bytes",
+                   "why", "despite"},
+                  file_, diagnostics_);
     Feature feature;
     feature.line = map.line();
     feature.column = map.Text("column");
@@ -156,6 +188,7 @@ class SourceParser {
     feature.not_bytes = map.OptionalText("not_bytes");
     feature.not_bytes_line = map.LineOfKey("not_bytes");
     map.Text("why");
+    ParseDespite(map);
     return feature;
   }
 

@@ -12,6 +12,7 @@
 
 #include "demo_command.h"
 #include "exit_code.h"
+#include "list_command.h"
 #include "scan_command.h"
 #include "scan_request.h"
 
@@ -143,6 +144,26 @@ CLI::App* AddDemo(CLI::App& app, DemoRequest& request) {
   return demo;
 }
 
+constexpr const char* kListFooter = R"(For each application: its database on the phone, the tables
+that are read, and what is known and left out. --json adds the number of known layouts, the columns
+that tell records apart, and the limits and reasons in full.)";
+
+CLI::App* AddList(CLI::App& app, ListRequest& request) {
+  CLI::App* list = app.add_subcommand("list", "Show which applications and tables are covered");
+  list->footer(kListFooter);
+  list->add_option("--system", request.system, "Only this system")
+      ->type_name("NAME")
+      ->check(CLI::IsMember(ListOf(kSystemNames)));
+  list->add_option("--data-type,--app", request.data_type, "Only this data type")
+      ->type_name("NAME")
+      ->check(CLI::IsMember(ListOf(kApplicationNames)));
+  list->add_flag("--json", request.as_json, "Print a JSON list");
+  list->add_option("--config", request.config_folder,
+                   "Folder of VexaConfiger.db (default: the shipped one)")
+      ->type_name("DIR");
+  return list;
+}
+
 int Main(int argc, char** argv) {
   CLI::App app{"vexascan: brings back records from SQLite databases of phones, deleted ones too"};
   app.set_version_flag("--version", "vexascan " VEXASCAN_VERSION);
@@ -150,8 +171,10 @@ int Main(int argc, char** argv) {
   app.require_subcommand(0, 1);  // with none, an unknown word is named in the error
   ScanWords words;
   DemoRequest demo_request;
+  ListRequest list_request;
   const CLI::App* scan = AddScan(app, words);
   const CLI::App* demo = AddDemo(app, demo_request);
+  const CLI::App* list = AddList(app, list_request);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -163,6 +186,9 @@ int Main(int argc, char** argv) {
   }
   if (demo->parsed()) {
     return RunDemo(demo_request, std::cout);
+  }
+  if (list->parsed()) {
+    return RunList(list_request, std::cout);
   }
   std::cerr << app.help();
   return kExitUsage;
