@@ -2,7 +2,9 @@
 // nobody tunes the configuration by.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 
@@ -79,11 +81,26 @@ std::vector<std::string> Applications(const std::vector<std::string>& files) {
   return names;
 }
 
-// Whatever is configured is measured, and no floor is given for anything else.
+// Whether deleted rows of some table are looked for. Where only column names are known and no
+// layout, there is nothing to make a database from.
+bool CarvesSomething(const std::string& source) {
+  const YAML::Node tables = YAML::LoadFile(source)["tables"];
+  return std::any_of(tables.begin(), tables.end(), [](const YAML::Node& table) {
+    return table["scan"]["deleted"].as<bool>();
+  });
+}
+
+std::vector<std::string> CarvedSources() {
+  std::vector<std::string> sources = FactsFiles(kSources);
+  std::erase_if(sources, [](const std::string& source) { return !CarvesSomething(source); });
+  return sources;
+}
+
+// Whatever is carved is measured, and no floor is given for anything else.
 TEST(AllApplications, HaveFacts) {
   const std::vector<std::string> known = Applications(FactsFiles(kFacts));
   EXPECT_FALSE(known.empty());
-  EXPECT_THAT(known, ::testing::IsSupersetOf(Applications(FactsFiles(kSources))));
+  EXPECT_THAT(known, ::testing::IsSupersetOf(Applications(CarvedSources())));
   EXPECT_THAT(known, ::testing::IsSupersetOf(Floors::Read(kFloors).Applications()));
 }
 

@@ -51,6 +51,22 @@ Blob MakeProtobuf(Random& random, size_t least, size_t most) {
   return blob;
 }
 
+Blob MakeCounts(Random& random, size_t least, size_t most) {
+  const size_t length = random.Length(least, most) / 4 * 4;
+  Blob blob;
+  while (blob.bytes.size() < length) {
+    const uint64_t count = random.Chance(0.02) ? random.Below(300) : random.Below(24);
+    for (unsigned shift = 0; shift < 32; shift += 8) {
+      blob.bytes += static_cast<char>(count >> shift & 0xFFU);
+    }
+  }
+  return blob;
+}
+
+Blob MakeJsonBlob(Random& random, size_t least, size_t most) {
+  return Blob{MakeJson(random, least, most)};
+}
+
 Blob MakeJpeg(Random& random, size_t least, size_t most) {
   const size_t length = random.Length(least, most);
   Blob blob{std::string("\xFF\xD8\xFF\xE0\x00\x10JFIF\x00\x01", 12)};

@@ -75,7 +75,8 @@ class Evaluator {
   }
 
   TableReport& ReportOf(const DatabaseFacts& database, size_t place, const TableTruth& table) {
-    const auto key = std::make_tuple(database.file, place, table.layout_index);
+    // A file can stand more than once in the facts, with other tables each time.
+    const auto key = std::make_tuple(database.file, place, table.name, table.layout_index);
     const auto [found, is_new] = reports_.try_emplace(key);
     TableReport& report = found->second;
     if (!is_new) return report;
@@ -121,7 +122,7 @@ class Evaluator {
   ScanRunner runner_;
   RowIdColumns row_ids_;
   bool covered_;
-  std::map<std::tuple<std::string, size_t, size_t>, TableReport> reports_;
+  std::map<std::tuple<std::string, size_t, std::string, size_t>, TableReport> reports_;
   std::vector<std::string> failures_;
 };
 

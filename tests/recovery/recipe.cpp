@@ -55,6 +55,8 @@ constexpr Kind kKinds[] = {
     {"jid", 0, 0, kNoNumber},
     {"plist", 2, 2, 0},
     {"protobuf", 2, 2, 0},
+    {"counts", 2, 2, 0},
+    {"json_blob", 2, 2, 0},
     {"jpeg", 2, 2, 0},
     {"blob", 2, 2, 0},
 };

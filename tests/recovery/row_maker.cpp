@@ -76,7 +76,8 @@ const std::map<std::string, SizedTextMaker> kSizedTextMakers = {
 
 using BlobMaker = Blob (*)(Random&, size_t, size_t);
 const std::map<std::string, BlobMaker> kBlobMakers = {
-    {"plist", MakePlist}, {"protobuf", MakeProtobuf}, {"jpeg", MakeJpeg}, {"blob", MakeBlob}};
+    {"plist", MakePlist},        {"protobuf", MakeProtobuf}, {"counts", MakeCounts},
+    {"json_blob", MakeJsonBlob}, {"jpeg", MakeJpeg},         {"blob", MakeBlob}};
 
 // The time of a row in the unit of a kind.
 Value TimeValue(const std::string& kind, int64_t ms, Random& random) {

@@ -111,7 +111,8 @@ TEST(Recipe, EveryKindIsMade) {
                              "ascii 3 9", "words 1 4", "time_us", "apple_s_int"}) {
     EXPECT_GT(Distinct(Made(recipe)), 5U) << recipe;
   }
-  for (const char* recipe : {"protobuf 9 99", "jpeg 99 999", "blob 4 40"}) {
+  for (const char* recipe :
+       {"protobuf 9 99", "counts 4 60", "json_blob 9 99", "jpeg 99 999", "blob 4 40"}) {
     for (const Value& value : Made(recipe, 20)) EXPECT_FALSE(std::get<Blob>(value).bytes.empty());
   }
   EXPECT_TRUE(IsNull(Made("null").at(0)));
