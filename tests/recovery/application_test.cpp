@@ -85,9 +85,8 @@ std::vector<std::string> Applications(const std::vector<std::string>& files) {
 // layout, there is nothing to make a database from.
 bool CarvesSomething(const std::string& source) {
   const YAML::Node tables = YAML::LoadFile(source)["tables"];
-  return std::any_of(tables.begin(), tables.end(), [](const YAML::Node& table) {
-    return table["scan"]["deleted"].as<bool>();
-  });
+  return std::any_of(tables.begin(), tables.end(),
+                     [](const YAML::Node& table) { return table["scan"]["deleted"].as<bool>(); });
 }
 
 std::vector<std::string> CarvedSources() {
