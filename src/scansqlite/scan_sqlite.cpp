@@ -2,9 +2,23 @@
 
 #include "common/common/log.h"
 
+namespace {
+
+// Beside the page cache of the result this is the most that a scan holds.
+constexpr size_t kMaxKeyBytes = size_t{40} << 20;
+
+}  // namespace
+
 ScanSqlite::ScanSqlite(const ScanContext* context, std::atomic<int32_t>* scan_control,
                        void* caller_context)
-    : context_(context), scan_control_(scan_control), caller_context_(caller_context) {}
+    : context_(context),
+      scan_control_(scan_control),
+      caller_context_(caller_context),
+      saved_keys_(kMaxKeyBytes) {}
+
+SavedKeys* ScanSqlite::KeysOf(const std::string& table_name) {
+  return storager_->HasUniqueIndex(table_name) ? &saved_keys_ : nullptr;
+}
 
 // The result database goes first: closing it is what rolls back an open transaction.
 ScanSqlite::~ScanSqlite() { storager_.reset(); }

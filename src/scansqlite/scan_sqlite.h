@@ -2,21 +2,24 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "common/sqlitecommon/file_data_buf.h"
 #include "common/sqlitecommon/sqlite_statement.h"
+#include "scansqlite/deleted/deleted_pass.h"
 #include "scansqlite/deleted/page_list.h"
 #include "scansqlite/init/db_header.h"
 #include "scansqlite/init/wal_page_map.h"
 #include "scansqlite/scan_context.h"
 #include "scansqlite/schema/table_schema.h"
 #include "sqliteconfig/sqlite_config.h"
+#include "storager/saved_keys.h"
 #include "storager/storager.h"
 
-struct TablePass;
+class RowBatch;
 
 // Codes of ScanSqlite::Init, which only the log shows: Scan turns each failure into 1003.
 inline constexpr int kInitSourceNotReadable = 1001;
@@ -84,12 +87,14 @@ class ScanSqlite {
   int32_t DeletedScanSqliteFile();
   int32_t DeleteScanSqliteWalFile();
   bool FillPageList(FileDataBuf& file, const TableSchemaInfo& table, PageList& page_list);
-  int32_t SqliteFileScan(FileDataBuf& file, const TablePass& pass, PageList& page_list,
-                         bool use_page_list);
-  int32_t SqliteFileWALWithOverflowScan(const std::vector<uint8_t>& frames, FileDataBuf& file,
-                                        const TablePass& pass);
-  template <typename ScanCandidate>
-  void CarveTable(const TableSchemaInfo& table, ScanCandidate&& scan_candidate);
+  std::vector<TablePasses> MakeTablePasses() const;
+  // The keys of saved rows, or null for a table without its unique index, which keeps nothing out.
+  SavedKeys* KeysOf(const std::string& table_name);
+  // The table's place among all tables, from 1.
+  uint32_t TableNumber(const std::string& table_name) const;
+  // Carves one table inside one transaction, calling `run_pass` for each of its layouts.
+  using RunPass = std::function<void(DeletedPass&, RowBatch&)>;
+  void SaveCarvedRows(TablePasses& table, const RunPass& run_pass);
 
   bool is_scan_database_ = false;
   std::string config_path_;
@@ -107,4 +112,5 @@ class ScanSqlite {
   NeedQueryTables need_query_tables_;
   ResultFieldMaps result_field_maps_;
   WalPageMap wal_page_map_;
+  SavedKeys saved_keys_;
 };

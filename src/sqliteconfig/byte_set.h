@@ -11,6 +11,7 @@ class ByteSet {
   bool Contains(uint8_t byte) const { return bytes_[byte]; }
   bool empty() const { return bytes_.none(); }
   size_t size() const { return bytes_.count(); }
+  bool operator==(const ByteSet& other) const = default;
 
  private:
   std::bitset<256> bytes_;

@@ -49,6 +49,19 @@ uint32_t FileDataBuf::ReadBigEndian32(uint64_t offset) {
   return BigEndian32(b0, b1, b2, b3);
 }
 
+uint8_t FileDataBuf::PeekByte(uint64_t offset) {
+  const bool needs_block = offset < file_size_ && offset - window_begin_ >= window_size_;
+  return needs_block ? ReadByteThroughBlocks(offset) : ReadByte(offset);
+}
+
+uint32_t FileDataBuf::PeekBigEndian32(uint64_t offset) {
+  const uint8_t b0 = PeekByte(offset);
+  const uint8_t b1 = PeekByte(offset + 1);
+  const uint8_t b2 = PeekByte(offset + 2);
+  const uint8_t b3 = PeekByte(offset + 3);
+  return BigEndian32(b0, b1, b2, b3);
+}
+
 void FileDataBuf::Load(uint64_t offset, uint64_t length, uint8_t* out) {
   stream_.clear();
   stream_.seekg(static_cast<std::streamoff>(offset));
@@ -67,7 +80,7 @@ uint8_t FileDataBuf::ReadByteOutsideWindow(uint64_t offset) {
     LogEx(kLogModule, kLogError, "%s", DescribeAccessPastEnd(kLineReadByte).c_str());
     return 0;
   }
-  if (offset < window_begin_) return ReadByteBehindWindow(offset);
+  if (offset < window_begin_) return ReadByteThroughBlocks(offset);
   window_size_ = std::min(file_size_ - offset, kMaxWindowSize);
   Load(offset, window_size_, window_.get());
   window_begin_ = offset;
@@ -75,7 +88,7 @@ uint8_t FileDataBuf::ReadByteOutsideWindow(uint64_t offset) {
   return window_[0];
 }
 
-uint8_t FileDataBuf::ReadByteBehindWindow(uint64_t offset) {
+uint8_t FileDataBuf::ReadByteThroughBlocks(uint64_t offset) {
   const uint64_t number = offset / kBlockSize;
   Block& block = blocks_[number % kBlockCount];
   if (block.number != number) {

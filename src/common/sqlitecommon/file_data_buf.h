@@ -44,6 +44,9 @@ class FileDataBuf {
   // Big-endian 32 bits out of four single reads.
   uint32_t ReadBigEndian32(uint64_t offset);
 
+  // The same without moving the window: for one look far away, as the links of a chain want it.
+  uint32_t PeekBigEndian32(uint64_t offset);
+
   // A copy of `length` bytes from `offset`. Throws std::out_of_range past the end of the file,
   // after a log line at level 3.
   FileSlice ReadRange(uint64_t offset, uint64_t length);
@@ -66,7 +69,8 @@ class FileDataBuf {
   };
 
   uint8_t ReadByteOutsideWindow(uint64_t offset);
-  uint8_t ReadByteBehindWindow(uint64_t offset);
+  uint8_t ReadByteThroughBlocks(uint64_t offset);
+  uint8_t PeekByte(uint64_t offset);
   void Load(uint64_t offset, uint64_t length, uint8_t* out);
   std::string DescribeAccessPastEnd(int line) const;
 

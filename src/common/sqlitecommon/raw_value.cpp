@@ -35,6 +35,8 @@ const RawValue* ValueAt(const std::vector<RawValue>& values, int32_t index) {
   return &values[static_cast<size_t>(index)];
 }
 
+uint32_t Utf8SequenceLength(uint8_t lead) { return ReadLeadByte(lead).length; }
+
 uint32_t Utf8BadSequenceLength(const uint8_t* bytes, uint32_t remaining) {
   const LeadByte lead = ReadLeadByte(bytes[0]);
   if (!lead.valid) return 1;

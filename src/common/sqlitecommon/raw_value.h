@@ -22,6 +22,9 @@ const RawValue* ValueAt(const std::vector<RawValue>& values, int32_t index);
 // dropped like broken sequences.
 uint32_t Utf8BadSequenceLength(const uint8_t* bytes, uint32_t remaining);
 
+// The bytes of the UTF-8 sequence that begins with `lead`; 1 for a byte that begins none.
+uint32_t Utf8SequenceLength(uint8_t lead);
+
 // The value as UTF-8 text without the sequences that Utf8BadSequenceLength refuses; the empty
 // text for an absent or empty value. Kept bytes move down inside the value's own buffer, whose
 // length stays: a second reading sees the stale tail behind them.

@@ -1,7 +1,8 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "common/sqlitecommon/file_data_buf.h"
 
@@ -16,6 +17,19 @@ struct ReverseVarint {
 // so three varints are all that is ever wanted of a downward walk.
 inline constexpr size_t kCellHeadVarints = 3;
 
+// Up to three varints, without an allocation: heads are looked for in front of every record.
+class HeadVarints {
+ public:
+  void clear() { size_ = 0; }
+  size_t size() const { return size_; }
+  void push_back(const ReverseVarint& varint) { varints_[size_++] = varint; }
+  const ReverseVarint& operator[](size_t index) const { return varints_[index]; }
+
+ private:
+  std::array<ReverseVarint, kCellHeadVarints> varints_;
+  size_t size_ = 0;
+};
+
 // Bytes held in memory, for the downward walk. A position outside reads as 0, which ends a varint.
 struct MemoryBytes {
   const uint8_t* bytes = nullptr;
@@ -29,11 +43,10 @@ struct MemoryBytes {
 // in 32-bit arithmetic and the sum of the sign-extended groups is kept, so a longer row id comes
 // out as another number. Returns how many bytes were taken.
 //
-// `Source` gives `uint8_t ReadByte(uint64_t)`. A negative position becomes a huge offset, which
+// `Source` gives `uint8_t ReadByte(uint64_t)`, `Varints` is HeadVarints or a vector. A negative position becomes a huge offset, which
 // each source answers with 0.
-template <typename Source>
-int32_t ReadVarintsBackward(Source& source, int32_t start, int32_t limit,
-                            std::vector<ReverseVarint>& out) {
+template <typename Source, typename Varints>
+int32_t ReadVarintsBackward(Source& source, int32_t start, int32_t limit, Varints& out) {
   int32_t taken = 0;
   int64_t position = start;
   while (out.size() < kCellHeadVarints && taken < limit) {

@@ -17,14 +17,18 @@ uint32_t HeaderSizeFor(uint32_t serial_bytes) {
 
 }  // namespace
 
+void MeasureSizes(CarvedRecord& record) {
+  record.header_size = HeaderSizeFor(record.serial_bytes);
+  record.payload_size = record.header_size + record.data_bytes;
+}
+
 CarvedRecord MeasureRecord(const SerialTypeCells& cells) {
   CarvedRecord record;
   for (const SerialTypeCell& cell : cells) {
     record.serial_bytes += cell.header_bytes;
     record.data_bytes += cell.payload_length;
   }
-  record.header_size = HeaderSizeFor(record.serial_bytes);
-  record.payload_size = record.header_size + record.data_bytes;
+  MeasureSizes(record);
   return record;
 }
 

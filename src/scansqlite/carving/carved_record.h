@@ -22,6 +22,9 @@ struct RowIdHint {
   int64_t row_id = 0;
 };
 
+// Sets `header_size` and `payload_size` from the sums of the record.
+void MeasureSizes(CarvedRecord& record);
+
 // The measures that follow from the cells alone; `local_size` stays 0.
 CarvedRecord MeasureRecord(const SerialTypeCells& cells);
 

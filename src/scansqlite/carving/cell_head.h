@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "common/sqlitecommon/reverse_varint.h"
 #include "scansqlite/carving/carved_record.h"
@@ -9,7 +8,7 @@
 // Tests whether three varints, read downward from the byte in front of the serial types, are the
 // head of a cell that holds this record, and takes the row id if so:
 //   payload size | row id | header size
-inline bool TakeRowIdOfHead(const std::vector<ReverseVarint>& varints, CarvedRecord& record) {
+inline bool TakeRowIdOfHead(const HeadVarints& varints, CarvedRecord& record) {
   if (varints.size() != kCellHeadVarints) return false;
   const uint32_t header_size = varints[0].length + record.serial_bytes;
   const uint32_t payload_size = header_size + record.data_bytes;
@@ -26,8 +25,7 @@ inline bool TakeRowIdOfHead(const std::vector<ReverseVarint>& varints, CarvedRec
 // finds nothing is no failure: freeblocks overwrite heads.
 template <typename Source>
 void FindCellHead(Source& source, int32_t start, int32_t in_page, CarvedRecord& record) {
-  std::vector<ReverseVarint> varints;
-  varints.reserve(kCellHeadVarints);
+  HeadVarints varints;
   bool has_first_length = false;
   uint32_t first_length = 0;
   int32_t window = 3;

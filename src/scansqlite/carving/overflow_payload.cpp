@@ -36,12 +36,12 @@ bool ReadOverflowPayload(const DbHeaderInfo& header, FileDataBuf& file, uint32_t
     file.ReadRangeTo(body_start, body.collected, body.bytes.data());
   }
   const uint32_t first_page_at = header_start + record.local_size;
-  uint32_t page = file.ReadBigEndian32(first_page_at);
+  uint32_t page = file.PeekBigEndian32(first_page_at);
   const uint32_t chunk = uint32_t{header.page_size} - kOverflowHeaderBytes;
   while (page != 0 && body.collected < record.data_bytes) {
     if (page >= header.page_count) return false;
     const uint64_t page_at = (uint64_t{page} - 1) * header.page_size;
-    page = file.ReadBigEndian32(page_at);
+    page = file.PeekBigEndian32(page_at);
     if (body.skip >= 1 && body.skip >= chunk) {
       if (chunk == 0) return false;
       body.skip -= chunk;

@@ -37,7 +37,7 @@ ChainPage FindChainPage(const WalSource& source, uint32_t page, uint32_t salt) {
 }
 
 uint32_t ReadNextPage(const WalSource& source, const ChainPage& page) {
-  return page.in_log ? ReadFrameU32(source.frames, page.at) : source.file->ReadBigEndian32(page.at);
+  return page.in_log ? ReadFrameU32(source.frames, page.at) : source.file->PeekBigEndian32(page.at);
 }
 
 void CopyPayload(const WalSource& source, const ChainPage& page, uint32_t count,

@@ -45,14 +45,6 @@ int32_t FieldTypeOfSerial(uint64_t serial_type) {
   return serial_type % 2 == 0 ? kFieldBlob : kFieldText;
 }
 
-bool MatchesFeature(const SerialTypeCells& cells, const FieldFeature& feature) {
-  if (static_cast<uint32_t>(feature.column_index) >= cells.size()) return false;
-  const SerialTypeCell& cell = cells[static_cast<size_t>(feature.column_index)];
-  if (cell.is_null && (feature.is_not_null == 0 || feature.is_not_null == -1)) return true;
-  const int32_t field_type = FieldTypeOfSerial(cell.serial_type);
-  return field_type == feature.field_type || field_type == feature.field_type_candidate;
-}
-
 }  // namespace
 
 void DecodeSerialType(SerialTypeCell& cell) {
@@ -101,6 +93,14 @@ bool IsSerialAllowed(int32_t type_code, int32_t storage_class, int32_t field_typ
     default:
       return true;
   }
+}
+
+bool MatchesFeature(const SerialTypeCells& cells, const FieldFeature& feature) {
+  if (static_cast<uint32_t>(feature.column_index) >= cells.size()) return false;
+  const SerialTypeCell& cell = cells[static_cast<size_t>(feature.column_index)];
+  if (cell.is_null && (feature.is_not_null == 0 || feature.is_not_null == -1)) return true;
+  const int32_t field_type = FieldTypeOfSerial(cell.serial_type);
+  return field_type == feature.field_type || field_type == feature.field_type_candidate;
 }
 
 bool CheckFeatureClasses(const SerialTypeCells& cells, const FeatureMaps& features) {

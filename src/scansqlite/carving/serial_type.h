@@ -46,5 +46,8 @@ void DecodeSerialType(SerialTypeCell& cell);
 // type would refuse.
 bool IsSerialAllowed(int32_t type_code, int32_t storage_class, int32_t field_type_candidate);
 
+// Whether the cell that the feature is about agrees with its classes; false when there is none.
+bool MatchesFeature(const SerialTypeCells& cells, const FieldFeature& feature);
+
 // Whether the cells agree with the classes that the features of every layout ask for.
 bool CheckFeatureClasses(const SerialTypeCells& cells, const FeatureMaps& features);

@@ -1,6 +1,5 @@
 #include "scansqlite/deleted/guess_row_ids.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <optional>
 
@@ -31,15 +30,15 @@ int64_t GuessBetween(const std::vector<RowIdHint>& hints, size_t at, std::option
 
 }  // namespace
 
-void GuessRowIds(const std::vector<RowIdHint>& hints, const std::string& row_id_column,
-                 std::vector<RowValue>& rows) {
+void ForEachGuessedRowId(const std::vector<RowIdHint>& hints,
+                         const std::function<void(size_t, int64_t)>& take) {
   const std::vector<std::optional<size_t>> above = FindAnchorsAbove(hints);
   std::optional<size_t> below;
-  for (size_t i = 0; i < std::min(hints.size(), rows.size()); ++i) {
+  for (size_t i = 0; i < hints.size(); ++i) {
     if (hints[i].has_row_id) {
       below = i;
-      continue;
+    } else {
+      take(i, GuessBetween(hints, i, below, above[i]));
     }
-    SetIntegerValue(rows[i], row_id_column, GuessBetween(hints, i, below, above[i]));
   }
 }

@@ -1,65 +1,17 @@
+#include <optional>
+
 #include "common/common/log.h"
 #include "common/common/source_path.h"
 #include "common/sqlitecommon/schema_query.h"
-#include "scansqlite/carving/main_file_carver.h"
-#include "scansqlite/carving/position_test.h"
-#include "scansqlite/deleted/carve_table.h"
+#include "scansqlite/deleted/main_file_cursor.h"
 #include "scansqlite/deleted/page_types.h"
+#include "scansqlite/deleted/pass_runner.h"
+#include "scansqlite/scan_sqlite.h"
 
 namespace {
 
 // GetRootPage gives this when the database could not be asked.
 constexpr int32_t kNoRootPage = -1;
-
-// The order in which positions are visited: page after page of the file, or of a small table's
-// list.
-class MainFileWalk {
- public:
-  MainFileWalk(FileDataBuf& file, const DbHeaderInfo& header, PageList& page_list,
-               bool use_page_list)
-      : file_(file),
-        page_size_(header.page_size),
-        highest_page_(static_cast<int32_t>(header.page_count - 1)),
-        page_list_(page_list),
-        use_page_list_(use_page_list),
-        position_(use_page_list ? page_size_ : 100) {}
-
-  uint64_t position() const { return position_; }
-  bool InFile() const { return position_ < file_.file_size(); }
-  bool AtPageBoundary() const { return position_ % page_size_ == 0; }
-  void Advance() { ++position_; }
-
-  // Enters the page that begins here; false when it was skipped.
-  bool EnterPage() {
-    if (!IsSweptPage(file_.ReadByte(position_))) {
-      position_ += page_size_;
-      return false;
-    }
-    position_ += kLeafHeaderBytes;
-    return true;
-  }
-
-  // Goes on to the next page of the list, which is swept from its first byte; false at its end.
-  // The physical page that led here is not swept.
-  bool EnterListedPage() {
-    if (!use_page_list_) return true;
-    if (next_page_index_ >= page_list_.size()) return false;
-    const int64_t page = page_list_[next_page_index_];
-    position_ = static_cast<uint64_t>(page - 1) * page_size_;
-    GetScanPage(file_, position_, highest_page_, page_list_);
-    ++next_page_index_;
-    return true;
-  }
-
- private:
-  FileDataBuf& file_;
-  uint64_t page_size_;
-  int32_t highest_page_;
-  PageList& page_list_;
-  bool use_page_list_;
-  uint64_t position_;
-  uint64_t next_page_index_ = 0;
-};
 
 }  // namespace
 
@@ -70,13 +22,27 @@ int32_t ScanSqlite::DeletedScanSqliteFile() {
           kSourceScanSqlite, "ScanSqlite::DeletedScanSqliteFile", __LINE__);
     return kScanFileBufferFailed;
   }
-  for (const auto& [name, table] : table_infos_) {
-    if (table.scan_type == 1) continue;
-    PageList page_list(db_header_.page_count);
-    if (table.is_small_table && !FillPageList(file, table, page_list)) continue;
-    const bool use_page_list = table.is_small_table;
-    CarveTable(table, [&](const TablePass& pass) {
-      SqliteFileScan(file, pass, page_list, use_page_list);
+  MainFileSource source(db_header_, file);
+  PassRunner<MainFileSource> runner(source, "ScanSqlite::SqliteFileScan");
+  std::vector<TablePasses> tables = MakeTablePasses();
+  std::vector<DeletedPass*> sharing;
+  for (const TablePasses& table : tables) {
+    if (table.table->is_small_table) continue;
+    for (const auto& pass : table.passes) sharing.push_back(pass.get());
+  }
+  size_t next_sharing = 0;
+  for (TablePasses& table : tables) {
+    std::optional<PageList> page_list;
+    if (table.table->is_small_table) {
+      page_list.emplace(db_header_.page_count);
+      if (!FillPageList(file, *table.table, *page_list)) continue;
+    }
+    SaveCarvedRows(table, [&](DeletedPass& pass, RowBatch& rows) {
+      if (page_list) {
+        runner.RunAlone(MainFileCursor(source, &*page_list), pass, rows);
+      } else {
+        runner.RunShared(MainFileCursor(source), sharing, next_sharing++, rows);
+      }
     });
   }
   return kScanSucceeded;
@@ -97,31 +63,4 @@ bool ScanSqlite::FillPageList(FileDataBuf& file, const TableSchemaInfo& table,
     GetScanPage(file, offset, static_cast<int32_t>(db_header_.page_count - 1), page_list);
   }
   return true;
-}
-
-int32_t ScanSqlite::SqliteFileScan(FileDataBuf& file, const TablePass& pass, PageList& page_list,
-                                   bool use_page_list) {
-  MainFileWalk walk(file, db_header_, page_list, use_page_list);
-  MainFileCarver carver(db_header_, file);
-  PageRows rows(pass);
-  SerialTypeCells cells;
-  RowValue row;
-  RowIdHint hint;
-  while (walk.InFile()) {
-    if (!MayGoOn()) {
-      LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::SqliteFileScan");
-      return kScanSucceeded;
-    }
-    if (walk.AtPageBoundary()) {
-      if (!walk.EnterPage()) continue;
-      rows.Flush();
-      if (!walk.EnterListedPage()) break;
-    }
-    if (TestPosition(pass.layout, carver, walk.position(), cells, row, hint)) {
-      rows.Add(std::move(row), hint);
-    }
-    walk.Advance();
-  }
-  if (walk.AtPageBoundary()) rows.Flush();
-  return kScanSucceeded;
 }

@@ -1,10 +1,9 @@
 #include "common/common/file_loader.h"
 #include "common/common/log.h"
 #include "common/common/source_path.h"
-#include "scansqlite/carving/position_test.h"
-#include "scansqlite/carving/wal_carver.h"
-#include "scansqlite/deleted/carve_table.h"
-#include "scansqlite/deleted/page_types.h"
+#include "scansqlite/deleted/log_source.h"
+#include "scansqlite/deleted/pass_runner.h"
+#include "scansqlite/scan_sqlite.h"
 
 namespace {
 
@@ -37,44 +36,22 @@ int32_t ScanSqlite::DeleteScanSqliteWalFile() {
   LogEx(kLogModule, kLogInfo, "%s ScanSqliteWal Init Succeed", context_->source_db_path.c_str());
   if (frames.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
   frames.erase(frames.begin(), frames.begin() + kWalHeaderBytes);
-  for (const auto& [name, table] : table_infos_) {
-    if (table.scan_type == 1) continue;
-    CarveTable(table,
-               [&](const TablePass& pass) { SqliteFileWALWithOverflowScan(frames, file, pass); });
+  // Room for the sieve, which looks ahead of the last frame.
+  const uint64_t log_bytes = frames.size();
+  frames.resize(log_bytes + kSieveOverhang);
+  LogSource source(
+      {&db_header_, {frames.data(), log_bytes}, &wal_page_map_, &file, KeptOutBytes(*context_)});
+  PassRunner<LogSource> runner(source, "ScanSqlite::SqliteFileWALWithOverflowScan");
+  std::vector<TablePasses> tables = MakeTablePasses();
+  std::vector<DeletedPass*> sharing;
+  for (const TablePasses& table : tables) {
+    for (const auto& pass : table.passes) sharing.push_back(pass.get());
   }
-  return kScanSucceeded;
-}
-
-// The walk enters a frame at byte 8 of its header: what is left of the header and the first bytes
-// of the page are positions like any other.
-int32_t ScanSqlite::SqliteFileWALWithOverflowScan(const std::vector<uint8_t>& frames,
-                                                  FileDataBuf& file, const TablePass& pass) {
-  const uint64_t frame_size = db_header_.page_size + kWalFrameHeaderBytes;
-  const MemoryBytes bytes{frames.data(), frames.size()};
-  WalCarver carver({&db_header_, bytes, &wal_page_map_, &file, KeptOutBytes(*context_)});
-  PageRows rows(pass);
-  SerialTypeCells cells;
-  RowValue row;
-  RowIdHint hint;
-  uint64_t position = 0;
-  while (position < bytes.size) {
-    if (!MayGoOn()) {
-      LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::SqliteFileWALWithOverflowScan");
-      return kScanSucceeded;
-    }
-    if (position % frame_size == 0) {
-      if (!IsSweptPage(bytes.ReadByte(position + kWalFrameHeaderBytes))) {
-        position += frame_size;
-        continue;
-      }
-      position += kLeafHeaderBytes;
-      rows.Flush();
-    }
-    if (TestPosition(pass.layout, carver, position, cells, row, hint)) {
-      rows.Add(std::move(row), hint);
-    }
-    ++position;
+  size_t next_sharing = 0;
+  for (TablePasses& table : tables) {
+    SaveCarvedRows(table, [&](DeletedPass&, RowBatch& rows) {
+      runner.RunShared(LogCursor(source), sharing, next_sharing++, rows);
+    });
   }
-  if (position % frame_size == 0) rows.Flush();
   return kScanSucceeded;
 }

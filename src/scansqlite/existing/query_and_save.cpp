@@ -1,10 +1,12 @@
+#include <unordered_set>
+
 #include "common/common/log.h"
 #include "common/common/scan_control.h"
 #include "common/common/source_path.h"
 #include "scansqlite/existing/read_column.h"
 #include "scansqlite/scan_sqlite.h"
 #include "storager/column_lists.h"
-#include "storager/save_row.h"
+#include "storager/row_sink.h"
 
 namespace {
 
@@ -24,6 +26,46 @@ RowValue ReadRow(const SqliteStatement& query, TableFields& fields) {
   }
   return row;
 }
+
+// Whether the query's columns are the fields, one for one. Then a row goes over value by value;
+// otherwise, by a name that SQLite spells in another way or that stands twice, it goes by names.
+bool ColumnsAreFields(const SqliteStatement& query, const TableFields& fields) {
+  if (query.ColumnCount() != static_cast<int>(fields.size())) return false;
+  std::unordered_set<std::string> names;
+  for (size_t i = 0; i < fields.size(); ++i) {
+    const std::string& name = fields[i].field_name;
+    if (query.ColumnName(static_cast<int>(i)) != name || !names.insert(name).second) return false;
+  }
+  return true;
+}
+
+// The current row of a query on its way into the result.
+class RowCopy {
+ public:
+  RowCopy(const SqliteStatement& query, TableFields& fields, RowSink& sink)
+      : query_(query), fields_(fields), sink_(sink), by_place_(ColumnsAreFields(query, fields)) {}
+
+  void SaveCurrentRow() {
+    values_.clear();
+    if (by_place_) {
+      for (size_t i = 0; i < fields_.size(); ++i) {
+        values_.push_back(BindColumn(query_, static_cast<int>(i), fields_[i]));
+      }
+      sink_.Save(values_.data());
+      return;
+    }
+    const RowValue row = ReadRow(query_, fields_);
+    BindRowValue(fields_, row, values_);
+    sink_.Save(values_.data());
+  }
+
+ private:
+  const SqliteStatement& query_;
+  TableFields& fields_;
+  RowSink& sink_;
+  bool by_place_;
+  std::vector<BoundValue> values_;
+};
 
 }  // namespace
 
@@ -56,6 +98,8 @@ int ScanSqlite::GetNeedQueryTableInfo(SqliteStatement& query, const std::string&
   if (fields == nullptr) return kScanSucceeded;
   SqliteStatement insert;
   insert.Prepare(storager_->handle(), MakeInsertSql(table_name, *fields));
+  RowSink sink(*fields, insert, KeysOf(table_name), TableNumber(table_name));
+  RowCopy copy(query, *fields, sink);
   storager_->Execute("BEGIN");
   query.Step();
   while (query.result() == SQLITE_ROW) {
@@ -63,7 +107,7 @@ int ScanSqlite::GetNeedQueryTableInfo(SqliteStatement& query, const std::string&
       LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::GetNeedQueryTableInfo");
       return kScanSucceeded;
     }
-    SaveRow(*fields, ReadRow(query, *fields), insert);
+    copy.SaveCurrentRow();
     query.Step();
   }
   storager_->Execute("COMMIT");

@@ -3,7 +3,7 @@
 
 #include "support/log_capture.h"
 #include "unit/scansqlite/hand_made.h"
-#include "unit/scansqlite/scan_sqlite_probe.h"
+#include "support/scan_sqlite_probe.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "unit/scansqlite/hand_made.h"
-#include "unit/scansqlite/scan_sqlite_probe.h"
+#include "support/scan_sqlite_probe.h"
 
 namespace {
 

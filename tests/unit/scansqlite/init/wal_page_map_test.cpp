@@ -7,7 +7,7 @@
 
 #include "support/log_capture.h"
 #include "unit/scansqlite/hand_made.h"
-#include "unit/scansqlite/scan_sqlite_probe.h"
+#include "support/scan_sqlite_probe.h"
 
 #define VEXA_PAGE_MAP_SYMBOL \
   "_ZN10ScanSqlite17GetWALFilePageMapENSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"

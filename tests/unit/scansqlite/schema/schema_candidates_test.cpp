@@ -5,7 +5,7 @@
 
 #include "support/log_capture.h"
 #include "support/temp_folder.h"
-#include "unit/scansqlite/scan_sqlite_probe.h"
+#include "support/scan_sqlite_probe.h"
 
 namespace {
 

@@ -2,10 +2,12 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "scansqlite/scan_sqlite.h"
 
-// Opens the inside of a ScanSqlite to the tests, so that one step runs without the others.
+// Opens the inside of a ScanSqlite to the tests and to the plain walk, so that one step runs
+// without the others.
 class ScanSqliteProbe {
  public:
   explicit ScanSqliteProbe(const ScanContext& context)
@@ -20,7 +22,10 @@ class ScanSqliteProbe {
   WalPageMap& wal_page_map() { return scan_.wal_page_map_; }
   std::string& working_db_path() { return scan_.working_db_path_; }
   std::string& working_wal_path() { return scan_.working_wal_path_; }
+  Storager& storager() { return *scan_.storager_; }
+  bool is_scan_database() const { return scan_.is_scan_database_; }
 
+  int Init() { return scan_.Init(); }
   void OpenConfig(const std::string& path) { scan_.config_ = SqliteConfig::Create(path); }
   void OpenResult(const std::string& path) { scan_.storager_ = Storager::Create(path); }
   void CreateResultTables() { scan_.storager_->CreateResultTables(scan_.need_query_tables_); }
@@ -31,6 +36,17 @@ class ScanSqliteProbe {
   bool InitColumnInfo(const std::vector<ScanTableInfo>& tables, std::vector<TableSchemaInfo>& out) {
     return scan_.InitColumnInfo(tables, out);
   }
+  bool FillPageList(FileDataBuf& file, const TableSchemaInfo& table, PageList& page_list) {
+    return scan_.FillPageList(file, table, page_list);
+  }
+  int ScanExist() { return scan_.ScanExist(); }
+  SavedKeys& saved_keys() { return scan_.saved_keys_; }
+  std::vector<TablePasses> MakeTablePasses() const { return scan_.MakeTablePasses(); }
+  template <typename RunPass>
+  void SaveCarvedRows(TablePasses& table, const RunPass& run_pass) {
+    scan_.SaveCarvedRows(table, run_pass);
+  }
+
   int32_t DeletedScanSqliteFile() { return scan_.DeletedScanSqliteFile(); }
   int32_t DeleteScanSqliteWalFile() { return scan_.DeleteScanSqliteWalFile(); }
 

@@ -1,0 +1,96 @@
+#include "scansqlite/carving/record_plan.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr uint16_t kSmallestPage = 512;
+
+bool SameRanges(const FieldFeature& a, const FieldFeature& b) {
+  return std::equal(a.value_ranges.begin(), a.value_ranges.end(), b.value_ranges.begin(),
+                    b.value_ranges.end(), [](const ValueRange& x, const ValueRange& y) {
+                      return x.min == y.min && x.max == y.max;
+                    });
+}
+
+bool SameCheck(const FieldFeature& a, const FieldFeature& b) {
+  return a.column_index == b.column_index && a.is_not_null == b.is_not_null &&
+         a.field_type == b.field_type && a.field_type_candidate == b.field_type_candidate &&
+         SameRanges(a, b) && a.item_range == b.item_range &&
+         a.item_not_exist_value == b.item_not_exist_value;
+}
+
+// Numbers are cheap to judge, and those that must be there refuse most.
+int CostOf(const FieldFeature& feature) {
+  const int base = feature.field_type == kFieldInteger ? 0 : feature.field_type == kFieldReal ? 2 : 4;
+  return base + (feature.is_not_null == 1 ? 0 : 1);
+}
+
+bool ReadsText(const FieldFeature& feature) {
+  return feature.field_type == kFieldText || feature.field_type_candidate == kFieldText;
+}
+
+std::vector<ValueCheck> MergeChecks(const FeatureMaps& features) {
+  std::vector<ValueCheck> checks;
+  for (const FeatureMap& map : features) {
+    for (const auto& [column, feature] : map) {
+      const bool is_known = std::any_of(checks.begin(), checks.end(), [&](const ValueCheck& check) {
+        return SameCheck(*check.feature, feature);
+      });
+      if (!is_known) checks.push_back({static_cast<uint32_t>(column), &feature, false});
+    }
+  }
+  for (ValueCheck& check : checks) {
+    check.reads_after_cleaning =
+        std::any_of(checks.begin(), checks.end(), [&check](const ValueCheck& other) {
+          return other.column == check.column && ReadsText(*other.feature);
+        });
+  }
+  std::stable_sort(checks.begin(), checks.end(), [](const ValueCheck& a, const ValueCheck& b) {
+    return CostOf(*a.feature) < CostOf(*b.feature);
+  });
+  return checks;
+}
+
+bool HasPlainFields(const ResultFieldMap& result_fields) {
+  return std::all_of(result_fields.begin(), result_fields.end(), [](const auto& entry) {
+    const ResultFieldInfo& field = entry.second;
+    return entry.first == field.field_name &&
+           (field.is_row_id_field == 0 || field.is_row_id_field == 1) &&
+           field.field_type >= kFieldInteger && field.field_type <= kFieldBlob;
+  });
+}
+
+std::vector<FieldSource> MakeFieldSources(const TableFields& fields,
+                                          const ResultFieldMap& result_fields) {
+  std::vector<FieldSource> sources;
+  for (const TableFieldInfo& field : fields) {
+    FieldSource source;
+    const ResultFieldInfo* result = result_fields.Find(field.field_name);
+    source.is_absent = result == nullptr;
+    if (result != nullptr) {
+      source.is_row_id = result->is_row_id_field == 1;
+      source.column = result->column_index;
+      source.field_type = result->field_type;
+    }
+    sources.push_back(source);
+  }
+  return sources;
+}
+
+}  // namespace
+
+RecordPlan MakeRecordPlan(const CarveLayout& layout, const TableFields& fields, SetDepth depth) {
+  RecordPlan plan;
+  plan.layout = &layout;
+  plan.first = layout.first_column_is_key ? 1 : 0;
+  plan.width = layout.columns.size();
+  plan.required = RequiredCells(layout);
+  plan.sets = MakeSerialTypeSets(layout, depth);
+  for (const ColumnRule& rule : layout.columns) plan.is_primary_key.push_back(rule.is_primary_key);
+  plan.checks = MergeChecks(*layout.features);
+  plan.fields = MakeFieldSources(fields, *layout.result_fields);
+  plan.is_fast = layout.header->text_encoding == kEncodingUtf8 &&
+                 layout.header->page_size >= kSmallestPage && HasPlainFields(*layout.result_fields);
+  return plan;
+}

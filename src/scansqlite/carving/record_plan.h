@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "scansqlite/carving/carve_layout.h"
+#include "scansqlite/sieve/serial_type_set.h"
+#include "sqliteconfig/config_records.h"
+
+// One check of a value. Entries of several feature maps that say the same become one.
+struct ValueCheck {
+  uint32_t column = 0;
+  const FieldFeature* feature = nullptr;
+  // Some check of the column reads a text, which cleans the bytes for all that come after it.
+  bool reads_after_cleaning = false;
+};
+
+// Where one column of the result takes its value from.
+struct FieldSource {
+  bool is_row_id = false;
+  bool is_absent = false;  // no result field has the name: NULL
+  int32_t column = 0;
+  int32_t field_type = 0;
+};
+
+// A layout made ready for the test in record_test.h: the rules of all columns as bit sets, the
+// checks merged and ordered by cost, the result columns in the order of the insert statement.
+// Borrows from the layout.
+struct RecordPlan {
+  const CarveLayout* layout = nullptr;
+  size_t first = 0;     // 1 behind a row id alias
+  size_t width = 0;     // columns, the alias counted
+  size_t required = 0;  // cells, the alias counted
+  std::vector<SerialTypeSet> sets;
+  std::vector<uint8_t> is_primary_key;
+  std::vector<ValueCheck> checks;
+  std::vector<FieldSource> fields;
+  // False when only the general test gives the right rows: UTF-16, whose conversion can throw so
+  // that the order of all tests shows, a field type that drops rows, or odd row id columns.
+  bool is_fast = false;
+};
+
+// `depth` as the source allows: kValues only where a record that fails could have had no effect.
+RecordPlan MakeRecordPlan(const CarveLayout& layout, const TableFields& fields, SetDepth depth);

@@ -1,0 +1,56 @@
+#pragma once
+
+// HOT CODE. The full test of a position that survived the sieve, on bytes that are in memory and
+// without an allocation. It gives the same verdict and the same row as TestPosition, which stays
+// the general test: wherever a record needs more than its page (overflow chains), changes its own
+// bytes (texts with control characters) or reaches over what is in memory, this test leaves the
+// verdict to it.
+
+#include <cstdint>
+#include <vector>
+
+#include "scansqlite/carving/byte_view.h"
+#include "scansqlite/carving/carved_record.h"
+#include "scansqlite/carving/record_plan.h"
+#include "storager/bound_row.h"
+
+enum class Verdict {
+  kMiss,
+  kHit,
+  kOpen,  // the general test decides
+};
+
+// One cell of the record under test.
+struct RecordValue {
+  uint64_t serial_type = 0;
+  const uint8_t* bytes = nullptr;  // into the view; of a constant its own byte
+  uint32_t length = 0;             // a constant has one byte
+  int32_t storage_class = 0;
+};
+
+class RecordTest {
+ public:
+  explicit RecordTest(const RecordPlan& plan);
+
+  // Whether a record of the layout stands at `position`.
+  Verdict Test(const ByteView& view, uint64_t position);
+
+  // Appends the row of the record that Test has just accepted, one value for each result column,
+  // and gives what is known of its row id. Texts and blobs point into the view. False when a text
+  // has to be cleaned: the general test makes the row.
+  bool BuildRow(const ByteView& view, uint64_t position, std::vector<BoundValue>& row,
+                RowIdHint& hint);
+
+  const RecordPlan& plan() const { return plan_; }
+
+ private:
+  Verdict ReadHeader(const ByteView& view, uint64_t position);
+  Verdict PlaceValues(const ByteView& view, uint64_t position);
+  bool BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out) const;
+
+  const RecordPlan& plan_;
+  std::vector<RecordValue> values_;
+  size_t count_ = 0;  // cells, an alias counted
+  uint32_t serial_bytes_ = 0;
+  uint32_t data_bytes_ = 0;
+};

@@ -1,0 +1,132 @@
+#include "scansqlite/carving/value_check.h"
+
+#include <bit>
+#include <cstring>
+
+#include "common/sqlitecommon/big_endian.h"
+#include "common/sqlitecommon/raw_value.h"
+
+namespace {
+
+constexpr uint64_t kTopBits = 0x8080808080808080U;
+constexpr uint64_t kEachByte = 0x0101010101010101U;
+
+// Eight bytes of printable ASCII, tab to carriage return not among them.
+bool ArePrintable(const uint8_t* bytes) {
+  uint64_t word = 0;
+  std::memcpy(&word, bytes, sizeof word);
+  const uint64_t below_blank = word - kEachByte * 0x20;  // borrows only where a byte is below
+  const uint64_t above_tilde = word + kEachByte;         // reaches the top bit from 0x7F on
+  return ((word | below_blank | above_tilde) & kTopBits) == 0;
+}
+
+bool IsNull(const RecordValue& value) { return value.serial_type == 0; }
+
+Verdict VerdictOf(bool passes) { return passes ? Verdict::kHit : Verdict::kMiss; }
+
+bool CheckInteger(const FieldFeature& feature, const RecordValue& value) {
+  if (IsNull(value)) return feature.is_not_null != 1;
+  const int64_t number = value.length == 0 ? 0 : NumberOf(value.bytes, value.length);
+  for (const ValueRange& range : feature.value_ranges) {
+    if (range.min > number || number > range.max) return false;
+  }
+  return true;
+}
+
+bool CheckReal(const FieldFeature& feature, const RecordValue& value) {
+  if (IsNull(value)) return feature.is_not_null != 1;
+  const double number = value.length == 0 ? 0.0 : RealOf(value.bytes, value.length);
+  for (const ValueRange& range : feature.value_ranges) {
+    if (!(number >= static_cast<double>(range.min))) return false;
+    if (number > static_cast<double>(range.max)) return false;
+  }
+  return true;
+}
+
+bool LengthFits(const FieldFeature& feature, uint64_t length) {
+  for (const ValueRange& range : feature.value_ranges) {
+    if (length < static_cast<uint64_t>(range.min) || length > static_cast<uint64_t>(range.max)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool BytesFit(const FieldFeature& feature, const RecordValue& value) {
+  if (feature.item_range.empty()) return true;
+  for (uint32_t i = 0; i < value.length; ++i) {
+    if (!feature.item_range.Contains(value.bytes[i])) return false;
+    if (feature.item_not_exist_value.Contains(value.bytes[i])) return false;
+  }
+  return true;
+}
+
+Verdict CheckText(const FieldFeature& feature, const RecordValue& value) {
+  if (value.length == 0 || IsConstant(value)) return VerdictOf(feature.is_not_null != 1);
+  if (!IsCleanText(value.bytes, value.length)) return Verdict::kOpen;
+  return VerdictOf(LengthFits(feature, value.length) && BytesFit(feature, value));
+}
+
+bool CheckBlob(const FieldFeature& feature, const RecordValue& value) {
+  if (value.length == 0 && feature.is_not_null == 1) return false;
+  return LengthFits(feature, value.length) && BytesFit(feature, value);
+}
+
+Verdict CheckAs(int32_t field_type, const FieldFeature& feature, const RecordValue& value) {
+  switch (field_type) {
+    case kFieldNone:
+      return Verdict::kMiss;
+    case kFieldInteger:
+      return VerdictOf(CheckInteger(feature, value));
+    case kFieldReal:
+      return VerdictOf(CheckReal(feature, value));
+    case kFieldText:
+      return CheckText(feature, value);
+    case kFieldBlob:
+      return VerdictOf(CheckBlob(feature, value));
+    default:
+      return Verdict::kHit;
+  }
+}
+
+}  // namespace
+
+int64_t NumberOf(const uint8_t* bytes, uint32_t length) {
+  uint64_t number = (bytes[0] & 0x80U) != 0 ? ~uint64_t{0} : 0;
+  for (uint32_t i = 0; i < length; ++i) number = (number << 8) + bytes[i];
+  return static_cast<int64_t>(number);
+}
+
+double RealOf(const uint8_t* b, uint32_t length) {
+  switch (length) {
+    case 1:
+    case 2:
+      return static_cast<double>(NumberOf(b, length));
+    case 4:
+      return static_cast<double>(std::bit_cast<float>(BigEndian32(b[0], b[1], b[2], b[3])));
+    case 8:
+      return std::bit_cast<double>((uint64_t{BigEndian32(b[0], b[1], b[2], b[3])} << 32) |
+                                   BigEndian32(b[4], b[5], b[6], b[7]));
+    default:
+      return 0.0;
+  }
+}
+
+bool IsCleanText(const uint8_t* bytes, uint32_t length) {
+  uint32_t at = 0;
+  while (at < length) {
+    if (at + 8 <= length && ArePrintable(bytes + at)) {
+      at += 8;
+      continue;
+    }
+    if (Utf8BadSequenceLength(bytes + at, length - at) != 0) return false;
+    at += Utf8SequenceLength(bytes[at]);
+  }
+  return true;
+}
+
+Verdict CheckValue(const FieldFeature& feature, const RecordValue& value) {
+  const Verdict first = CheckAs(feature.field_type, feature, value);
+  if (first != Verdict::kMiss) return first;
+  return CheckAs(feature.field_type_candidate, feature, value);
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+
+#include "scansqlite/carving/record_test.h"
+
+// HOT CODE. The checks of validate_field.h on values that stay where they are.
+
+// The big-endian two's complement number of the bytes, of which there is at least one; more than
+// eight wrap.
+int64_t NumberOf(const uint8_t* bytes, uint32_t length);
+
+// As RawValueAsReal.
+double RealOf(const uint8_t* bytes, uint32_t length);
+
+// Whether RawValueAsText would keep every byte.
+bool IsCleanText(const uint8_t* bytes, uint32_t length);
+
+// A constant as a value is one byte, 0 or 1, which a reading as text cleans away.
+inline bool IsConstant(const RecordValue& value) {
+  return value.serial_type == 8 || value.serial_type == 9;
+}
+
+// Whether the value passes as one of the feature's two codes. kOpen when that takes a cleaned text.
+Verdict CheckValue(const FieldFeature& feature, const RecordValue& value);

@@ -1,0 +1,224 @@
+#pragma once
+
+// HOT CODE. One pass of one layout over a source, page by page: sieve, test, save. While a pass
+// sweeps, the sieve also looks for the layouts whose turn comes later, since one more layout costs
+// a sweep much less than a sweep of its own. What it finds for them is kept as positions, and their
+// passes then only visit those. The order in which rows are saved stays table, layout, position.
+
+#include <algorithm>
+#include <bit>
+#include <vector>
+
+#include "common/common/log.h"
+#include "common/common/source_path.h"
+#include "scansqlite/carving/position_test.h"
+#include "scansqlite/deleted/deleted_pass.h"
+#include "scansqlite/deleted/row_batch.h"
+#include "scansqlite/deleted/scan_gate.h"
+#include "scansqlite/sieve/header_sieve.h"
+
+// `Source` is MainFileSource or LogSource.
+template <typename Source>
+class PassRunner {
+ public:
+  // `stop_name` is the function that a line about a stop names. `level` is the sieve's.
+  PassRunner(Source& source, const char* stop_name, SieveLevel level = BestSieveLevel())
+      : source_(source), stop_name_(stop_name), level_(level) {}
+
+  // Runs `pass` over the pages that `cursor` visits.
+  template <typename Cursor>
+  void RunAlone(Cursor cursor, DeletedPass& pass, RowBatch& rows) {
+    Sweep(cursor, {&pass}, rows);
+  }
+
+  // Runs passes[index] over every page. The passes behind it that have no list of survivors yet get
+  // one on the way.
+  template <typename Cursor>
+  void RunShared(Cursor cursor, const std::vector<DeletedPass*>& passes, size_t index,
+                 RowBatch& rows) {
+    DeletedPass& pass = *passes[index];
+    if (!source_.HasUsualPages()) return RunAlone(cursor, pass, rows);
+    if (pass.survivors.state() == SurvivorList::State::kWhole) {
+      Revisit(pass, rows);
+      pass.survivors.Release(budget_);
+      return;
+    }
+    std::vector<DeletedPass*> swept = {&pass};
+    for (size_t i = index + 1; i < passes.size(); ++i) {
+      const SurvivorList::State state = passes[i]->survivors.state();
+      if (state == SurvivorList::State::kNone) swept.push_back(passes[i]);
+    }
+    Sweep(cursor, std::move(swept), rows);
+  }
+
+ private:
+  // A pass in the sieve's plan.
+  struct Swept {
+    DeletedPass* pass;
+    size_t sieve;
+  };
+  struct SweepPlan {
+    SievePlan sieves;
+    std::vector<Swept> passes;  // the first is the one whose rows are saved
+  };
+
+  static SweepPlan MakePlan(const std::vector<DeletedPass*>& passes, bool is_careful) {
+    SweepPlan plan;
+    for (DeletedPass* pass : passes) {
+      const RecordPlan& record = is_careful ? pass->careful_plan : pass->plan;
+      if (record.required > record.width) continue;  // nothing is ever accepted
+      const int sieve = plan.sieves.Add(record.sets, record.first, record.required);
+      if (sieve < 0) continue;
+      plan.passes.push_back({pass, static_cast<size_t>(sieve)});
+    }
+    return plan;
+  }
+
+  template <typename Cursor>
+  void Sweep(Cursor& cursor, std::vector<DeletedPass*> passes, RowBatch& rows) {
+    DeletedPass& own = *passes.front();
+    plan_ = MakePlan(passes, false);
+    careful_plan_ = MakePlan(passes, true);
+    KeepCommonPasses(passes);
+    for (DeletedPass* pass : passes) {
+      if (pass != &own) pass->survivors.Begin();
+    }
+    while (cursor.InSource()) {
+      if (!MayGoOn()) return LogStop();
+      Segment segment;
+      if (!cursor.Enter(segment)) continue;
+      SweepSegment(segment, own, rows);
+      Finish(segment, rows);
+    }
+    for (DeletedPass* pass : passes) {
+      if (pass != &own) pass->survivors.Finish();
+    }
+  }
+
+  // A pass for which one of the plans has no room sweeps the source by itself later.
+  void KeepCommonPasses(std::vector<DeletedPass*>& passes) {
+    const auto has = [](const SweepPlan& plan, const DeletedPass* pass) {
+      return std::any_of(plan.passes.begin(), plan.passes.end(),
+                         [pass](const Swept& swept) { return swept.pass == pass; });
+    };
+    const auto is_left_out = [&](const DeletedPass* pass) {
+      const bool never_accepts = pass->plan.required > pass->plan.width;
+      return !never_accepts && !(has(plan_, pass) && has(careful_plan_, pass));
+    };
+    std::erase_if(passes, is_left_out);
+  }
+
+  void SweepSegment(const Segment& segment, DeletedPass& own, RowBatch& rows) {
+    if (segment.begin >= segment.end) return;
+    const SegmentCare care = source_.CareFor(segment);
+    if (care == SegmentCare::kGeneral) return TestEveryPosition(segment, own, rows);
+    const bool is_careful = care == SegmentCare::kCareful;
+    const SweepPlan& plan = is_careful ? careful_plan_ : plan_;
+    if (plan.passes.empty()) return;
+    const ByteView view = source_.View(segment.begin, segment.end);
+    Sieve(plan.sieves, level_, view.At(segment.begin), segment.end - segment.begin, words_);
+    KeepEndOfSource(segment);
+    for (const Swept& swept : plan.passes) {
+      DeletedPass& pass = *swept.pass;
+      RecordTest& test = is_careful ? *pass.careful_test : *pass.test;
+      if (&pass == &own) {
+        ForEachSurvivor(swept.sieve, segment.begin, [&](uint64_t position) {
+          TestPositionFast(view, position, test, own, rows);
+        });
+      } else if (pass.survivors.state() == SurvivorList::State::kFilling) {
+        ForEachSurvivor(swept.sieve, segment.begin, [&](uint64_t position) {
+          if (test.Test(view, position) == Verdict::kMiss) return;
+          pass.survivors.Add(position, budget_);
+        });
+      }
+    }
+  }
+
+  // The last varint of a header may be cut by the end of the source, where the sieve sees a longer
+  // one: positions whose header can get there survive.
+  void KeepEndOfSource(const Segment& segment) {
+    if (segment.end + kLongestJoin <= source_.size()) return;
+    const uint64_t reach = std::min(source_.size(), kLongestJoin);
+    const uint64_t from = std::max(segment.begin, source_.size() - reach);
+    for (uint64_t position = from; position < segment.end; ++position) {
+      const uint64_t bit = position - segment.begin;
+      for (size_t sieve = 0; sieve < words_.sieves(); ++sieve) {
+        words_.Words(sieve)[bit / kSieveBlock] |= uint64_t{1} << bit % kSieveBlock;
+      }
+    }
+  }
+
+  template <typename Take>
+  void ForEachSurvivor(size_t sieve, uint64_t begin, const Take& take) {
+    const uint64_t* words = words_.Words(sieve);
+    for (size_t block = 0; block < words_.blocks(); ++block) {
+      for (uint64_t word = words[block]; word != 0; word &= word - 1) {
+        take(begin + block * kSieveBlock + static_cast<unsigned>(std::countr_zero(word)));
+      }
+    }
+  }
+
+  // Visits the positions that an earlier sweep left for the pass. Pages without any are passed by,
+  // but each is a place where a stop is seen.
+  void Revisit(DeletedPass& pass, RowBatch& rows) {
+    SurvivorList::Reader reader(pass.survivors);
+    for (uint64_t page = 0; page < source_.size(); page += source_.page_bytes()) {
+      if (!MayGoOn()) return LogStop();
+      const Segment segment = source_.SweptPart(page);
+      const SegmentCare care = source_.CareFor(segment);
+      if (care == SegmentCare::kGeneral) TestEveryPosition(segment, pass, rows);
+      RecordTest& test = care == SegmentCare::kCareful ? *pass.careful_test : *pass.test;
+      while (!reader.AtEnd() && reader.position() < page + source_.page_bytes()) {
+        const ByteView view = source_.View(segment.begin, segment.end);
+        TestPositionFast(view, reader.position(), test, pass, rows);
+        reader.Next();
+      }
+      Finish(segment, rows);
+    }
+  }
+
+  void Finish(const Segment& segment, RowBatch& rows) {
+    if (segment.is_whole) {
+      rows.Flush();
+    } else {
+      rows.Drop();
+    }
+  }
+
+  void TestEveryPosition(const Segment& segment, DeletedPass& pass, RowBatch& rows) {
+    for (uint64_t position = segment.begin; position < segment.end; ++position) {
+      TestPositionGeneral(position, pass, rows);
+    }
+  }
+
+  void TestPositionFast(const ByteView& view, uint64_t position, RecordTest& test,
+                        DeletedPass& pass, RowBatch& rows) {
+    const Verdict verdict = test.Test(view, position);
+    if (verdict == Verdict::kMiss) return;
+    RowIdHint hint;
+    if (verdict == Verdict::kHit && test.BuildRow(view, position, rows.values(), hint)) {
+      rows.Commit(hint);
+      return;
+    }
+    TestPositionGeneral(position, pass, rows);
+  }
+
+  void TestPositionGeneral(uint64_t position, DeletedPass& pass, RowBatch& rows) {
+    RowIdHint hint;
+    if (TestPosition(pass.layout, source_.carver(), position, cells_, row_, hint)) {
+      rows.Add(std::move(row_), hint);
+    }
+  }
+
+  void LogStop() { LogEx(kLogModule, kLogInfo, "%s Stop", stop_name_); }
+
+  Source& source_;
+  const char* stop_name_;
+  SieveLevel level_;
+  SurvivorBudget budget_;
+  SweepPlan plan_;
+  SweepPlan careful_plan_;
+  SieveResult words_;
+  SerialTypeCells cells_;
+  RowValue row_;
+};

@@ -1,0 +1,125 @@
+#include "scansqlite/sieve/header_sieve.h"
+
+#include <algorithm>
+
+#include "scansqlite/sieve/sieve_levels.h"
+
+namespace {
+
+// How often a byte of a database page has each value, in 1/1000, as measured over message
+// databases: small integers and lengths stand in every record header and body.
+uint32_t DensityOf(uint32_t byte) {
+  if (byte == 0) return 120;
+  if (byte == 1) return 30;
+  if (byte <= 9) return 8;
+  if (byte < 32) return 5;
+  if (byte == 32 || (byte >= 97 && byte <= 122)) return 16;
+  return 4;
+}
+
+uint32_t DensityOf(const SerialTypeSet& set) {
+  uint32_t sum = 0;
+  for (uint32_t type = 0; type < 128; ++type) {
+    if (set.HasShort(type)) sum += DensityOf(type);
+  }
+  if (set.long_text) sum += 60;
+  if (set.long_blob) sum += 60;
+  return sum;
+}
+
+// The column that fewest bytes satisfy; of equals the nearest, which costs least.
+size_t FindAnchor(const std::vector<SerialTypeSet>& sets, size_t first, size_t end) {
+  size_t anchor = first;
+  for (size_t column = first; column < end; ++column) {
+    if (DensityOf(sets[column]) < DensityOf(sets[anchor])) anchor = column;
+  }
+  return anchor;
+}
+
+NibbleSet MakeNibbleSet(const std::array<uint64_t, 2>& short_types) {
+  NibbleSet set;
+  for (uint32_t type = 0; type < 128; ++type) {
+    if ((short_types[type >> 6] >> (type & 63U) & 1U) == 0) continue;
+    set.rows[type & 15U] = static_cast<uint8_t>(set.rows[type & 15U] | 1U << (type >> 4));
+  }
+  return set;
+}
+
+int IndexOfSet(SievePlan& plan, const std::array<uint64_t, 2>& short_types) {
+  const auto at = std::find(plan.short_types.begin(), plan.short_types.end(), short_types);
+  if (at != plan.short_types.end()) return static_cast<int>(at - plan.short_types.begin());
+  if (plan.sets.size() == SievePlan::kMaxSets) return -1;
+  plan.short_types.push_back(short_types);
+  plan.sets.push_back(MakeNibbleSet(short_types));
+  return static_cast<int>(plan.sets.size() - 1);
+}
+
+uint32_t NullRunOf(const std::vector<SerialTypeSet>& sets, size_t first, size_t required) {
+  for (size_t column = first; column < required; ++column) {
+    if (!sets[column].HasShort(0)) return 0;
+  }
+  return static_cast<uint32_t>(sets.size() - first);
+}
+
+}  // namespace
+
+int SievePlan::Add(const std::vector<SerialTypeSet>& sets_of_columns, size_t first,
+                   size_t required) {
+  HeaderSieve sieve;
+  sieve.null_run = NullRunOf(sets_of_columns, first, required);
+  const size_t joined_end = std::min(required, first + kMaxJoinedColumns);
+  if (first < joined_end) {
+    const size_t anchor = FindAnchor(sets_of_columns, first, joined_end);
+    for (size_t column = first; column <= anchor; ++column) {
+      const SerialTypeSet& set = sets_of_columns[column];
+      const int index = IndexOfSet(*this, set.short_types);
+      if (index < 0) return -1;
+      sieve.columns[sieve.depth++] = {static_cast<uint8_t>(index), set.long_text, set.long_blob};
+    }
+  }
+  const auto at = std::find(sieves.begin(), sieves.end(), sieve);
+  if (at != sieves.end()) return static_cast<int>(at - sieves.begin());
+  if (sieves.size() == kMaxSieves) return -1;
+  sieves.push_back(sieve);
+  return static_cast<int>(sieves.size() - 1);
+}
+
+void SieveResult::Resize(size_t sieves, size_t blocks) {
+  sieves_ = sieves;
+  blocks_ = blocks;
+  words_.resize(sieves * blocks);
+}
+
+SieveLevel BestSieveLevel() {
+#if defined(__x86_64__)
+  if (__builtin_cpu_supports("avx2")) return SieveLevel::kAvx2;
+  if (__builtin_cpu_supports("ssse3")) return SieveLevel::kSsse3;
+#endif
+  return SieveLevel::kWords;
+}
+
+namespace {
+
+void SieveBlocks(SieveLevel level, const SieveJob& job) {
+#if defined(__x86_64__)
+  if (level == SieveLevel::kAvx2) return SieveAvx2(job);
+  if (level == SieveLevel::kSsse3) return SieveSsse3(job);
+#endif
+  SieveWords(job);
+}
+
+}  // namespace
+
+void Sieve(const SievePlan& plan, SieveLevel level, const uint8_t* bytes, size_t count,
+           SieveResult& result) {
+  const size_t blocks = (count + kSieveBlock - 1) / kSieveBlock;
+  result.Resize(plan.sieves.size(), blocks);
+  if (blocks == 0) return;
+  SieveBlocks(level, {plan.sets.data(), plan.sieves.data(), plan.sieves.size(), bytes, blocks,
+                      result.Words(0)});
+  const size_t tail = count % kSieveBlock;
+  if (tail == 0) return;
+  for (size_t i = 0; i < plan.sieves.size(); ++i) {
+    result.Words(i)[blocks - 1] &= (uint64_t{1} << tail) - 1;
+  }
+}

@@ -1,0 +1,119 @@
+#pragma once
+
+// ---------------------------------------------------------------------------------------------
+// HOT CODE. What stands in this folder runs for every byte of the evidence.
+//
+// The story. A deleted record can begin anywhere, so every byte position of a page has to be asked
+// "could the serial types of a record of this layout begin here?", for every layout. Nearly always
+// the answer is no, and this folder finds the no 64 positions at a time.
+//
+//   1. A column admits some serial types. Those below 128 are one byte of the header, so for a
+//      block of 64 bytes a 64-bit word says which bytes could be that column's serial type:
+//
+//        bytes      .. 00 02 1f 00 05 41 6e 6e 61 ..
+//        thread_id   1  1  .  1  .  .  .  .  .        NULL or a small integer
+//        address     1  .  1  1  .  1  .  .  1        NULL or a text
+//        date        .  .  .  .  1  .  .  .  .        six bytes only
+//
+//   2. The first few columns are joined from the last to the first. A position is alive for column
+//      k if its byte is in the set of k and the next position is alive for k + 1:
+//
+//        alive[k] = set[k] & (alive[k+1] >> 1)
+//
+//      A serial type of two bytes (a text longer than 57 bytes) shifts by two; longer forms are
+//      rare and let all shifts from 3 to 9 through. What is alive for the first column survives.
+//
+//   3. The last of these columns, the anchor, is the one that fewest bytes satisfy, usually a
+//      timestamp. Most blocks have no byte that does, and no other column is looked at.
+//
+// Survivors are more than the true positions and never fewer. Each then takes the full test in
+// carving/record_test.h.
+// ---------------------------------------------------------------------------------------------
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "scansqlite/sieve/serial_type_set.h"
+
+// Positions are sieved in blocks of this many bytes.
+inline constexpr size_t kSieveBlock = 64;
+
+// Readable bytes that the sieve needs behind the positions it is asked about: the rest of their
+// last block and one block to look ahead.
+inline constexpr size_t kSieveOverhang = 2 * kSieveBlock;
+
+// More columns are not joined: the full test takes over soon enough, and the words that are carried
+// from block to block stay few.
+inline constexpr size_t kMaxJoinedColumns = 12;
+
+// Bytes that the joined part of a header can take, with varints of nine.
+inline constexpr uint64_t kLongestJoin = 9 * kMaxJoinedColumns;
+
+// One column in the joined part of a header.
+struct SieveColumn {
+  uint8_t set = 0;  // index into SievePlan::sets
+  bool long_text = false;
+  bool long_blob = false;
+
+  bool operator==(const SieveColumn& other) const = default;
+};
+
+// The joined columns of one layout, or of several that agree in them.
+struct HeaderSieve {
+  SieveColumn columns[kMaxJoinedColumns];  // from the first to the anchor
+  size_t depth = 0;                        // how many there are; with none everything survives
+  // A run of at least this many zero bytes is a record of NULLs, which holds no value; 0 when some
+  // column refuses NULL, so that no such run survives anyway.
+  uint32_t null_run = 0;
+
+  bool operator==(const HeaderSieve& other) const = default;
+};
+
+// A set of one-byte serial types as two nibble tables: byte b is in the set when bit (b >> 4) of
+// rows[b & 15] is set. Bytes from 128 on are in no set.
+struct NibbleSet {
+  uint8_t rows[16] = {};
+};
+
+// Everything that one sweep over the bytes looks for.
+struct SievePlan {
+  static constexpr size_t kMaxSets = 64;
+  static constexpr size_t kMaxSieves = 64;
+
+  std::vector<std::array<uint64_t, 2>> short_types;  // of each set, for Add
+  std::vector<NibbleSet> sets;
+  std::vector<HeaderSieve> sieves;
+
+  // Adds a layout given by the sets of its columns (`sets`, an alias left out of the walk by
+  // `first`), of which the first `required` have to be there. Gives the index of its sieve, which
+  // may be shared; -1 when the plan is full.
+  int Add(const std::vector<SerialTypeSet>& sets_of_columns, size_t first, size_t required);
+};
+
+// Words of survivors, block after block, for each sieve of the plan.
+class SieveResult {
+ public:
+  void Resize(size_t sieves, size_t blocks);
+  uint64_t* Words(size_t sieve) { return words_.data() + sieve * blocks_; }
+  const uint64_t* Words(size_t sieve) const { return words_.data() + sieve * blocks_; }
+  size_t blocks() const { return blocks_; }
+  size_t sieves() const { return sieves_; }
+
+ private:
+  size_t sieves_ = 0;
+  size_t blocks_ = 0;
+  std::vector<uint64_t> words_;
+};
+
+// The instruction sets that a sweep can use.
+enum class SieveLevel { kWords, kSsse3, kAvx2 };
+
+// The best level of this machine.
+SieveLevel BestSieveLevel();
+
+// Sets in `result` the positions of [0, count) that survive. `bytes` must be readable up to `count`
+// plus kSieveOverhang; what lies there is only looked ahead to.
+void Sieve(const SievePlan& plan, SieveLevel level, const uint8_t* bytes, size_t count,
+           SieveResult& result);

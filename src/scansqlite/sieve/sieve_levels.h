@@ -1,0 +1,20 @@
+#pragma once
+
+#include "scansqlite/sieve/header_sieve.h"
+
+// What one sweep works on, as bare pointers: the files of the levels are compiled for their own
+// instruction set, and shared inline code must not be instantiated there.
+struct SieveJob {
+  const NibbleSet* sets;
+  const HeaderSieve* sieves;
+  size_t sieve_count;
+  const uint8_t* bytes;  // readable for one block more than `blocks`
+  size_t blocks;
+  uint64_t* words;  // of the first sieve, then of the second, `blocks` each
+};
+
+// The same sweep for each instruction set; every level gives the same words. The two vector forms
+// may only be called on machines that have the instructions.
+void SieveWords(const SieveJob& job);
+void SieveSsse3(const SieveJob& job);
+void SieveAvx2(const SieveJob& job);

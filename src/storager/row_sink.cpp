@@ -1,0 +1,137 @@
+#include "storager/row_sink.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+void AppendBytes(std::vector<uint8_t>& key, const void* bytes, size_t size) {
+  const auto* from = static_cast<const uint8_t*>(bytes);
+  key.insert(key.end(), from, from + size);
+}
+
+// The kind in two bits, the length in four and as many bytes as it takes.
+void AppendLength(std::vector<uint8_t>& key, int32_t kind, uint32_t length) {
+  uint32_t rest = length >> 4;
+  key.push_back(static_cast<uint8_t>(static_cast<uint32_t>(kind) << 5 | (length & 15U) << 1 | (rest != 0)));
+  while (rest != 0) {
+    key.push_back(static_cast<uint8_t>((rest & 0x7FU) << 1 | (rest >> 7 != 0)));
+    rest >>= 7;
+  }
+}
+
+// A NULL equals no other, and so does what SQLite makes a NULL of.
+bool BecomesNull(const BoundValue& value) {
+  switch (value.kind) {
+    case kFieldInteger:
+    case kFieldText:
+      return false;
+    case kFieldReal:
+      return std::isnan(value.real);
+    case kFieldBlob:
+      return value.size == 0;
+    default:
+      return true;
+  }
+}
+
+// A declared type of more than a word can carry constraints of its own, so that a row which the
+// unique index accepts is refused or takes another one's place.
+bool HasPlainType(const TableFieldInfo& field) {
+  return std::all_of(field.field_type_text.begin(), field.field_type_text.end(), [](char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9');
+  });
+}
+
+}  // namespace
+
+RowSink::RowSink(const TableFields& fields, SqliteStatement& insert, SavedKeys* keys,
+                 uint32_t table_number)
+    : fields_(fields), insert_(insert), keys_(keys), table_number_(table_number) {
+  for (uint32_t i = 0; i < fields.size(); ++i) {
+    if (fields[i].is_unique_field != 0) unique_fields_.push_back(i);
+  }
+  const bool is_plain = std::all_of(fields.begin(), fields.end(), HasPlainType);
+  if (unique_fields_.empty() || !is_plain) keys_ = nullptr;
+}
+
+// A key is short, since all keys are kept: each value has its kind and its length in front, and a
+// number only the bytes that it needs. Equal keys are the same kinds with the same bytes.
+bool RowSink::MakeKey(const BoundValue* values) {
+  key_.clear();
+  AppendLength(key_, 0, table_number_);
+  for (const uint32_t field : unique_fields_) {
+    const BoundValue& value = values[field];
+    if (BecomesNull(value)) return false;
+    if (value.kind == kFieldInteger || value.kind == kFieldReal) {
+      const auto bits = static_cast<uint64_t>(value.integer);
+      const auto size = static_cast<uint32_t>((std::bit_width(bits) + 7) / 8);
+      AppendLength(key_, value.kind, size);
+      AppendBytes(key_, &bits, size);
+    } else {
+      AppendLength(key_, value.kind, value.size);
+      AppendBytes(key_, value.bytes, value.size);
+    }
+  }
+  return true;
+}
+
+void RowSink::Bind(int index, const BoundValue& value) {
+  sqlite3_stmt* statement = insert_.handle();
+  switch (value.kind) {
+    case kFieldInteger:
+      sqlite3_bind_int64(statement, index, value.integer);
+      break;
+    case kFieldReal:
+      sqlite3_bind_double(statement, index, value.real);
+      break;
+    case kFieldText:
+      sqlite3_bind_text(statement, index, reinterpret_cast<const char*>(value.bytes),
+                        static_cast<int>(value.size), SQLITE_STATIC);
+      break;
+    case kFieldBlob:
+      // A value of no bytes has nothing to point to, and SQLite stores NULL for it.
+      sqlite3_bind_blob(statement, index, value.size == 0 ? nullptr : value.bytes,
+                        static_cast<int>(value.size), SQLITE_STATIC);
+      break;
+    default:
+      sqlite3_bind_null(statement, index);
+      break;
+  }
+}
+
+void RowSink::Save(const BoundValue* values) {
+  if (insert_.handle() == nullptr) return;
+  const bool has_key = keys_ != nullptr && MakeKey(values);
+  if (has_key && keys_->Contains(key_)) return;
+  for (size_t i = 0; i < fields_.size(); ++i) Bind(static_cast<int>(i) + 1, values[i]);
+  const int result = insert_.Step();
+  insert_.Reset();
+  if (result != SQLITE_DONE && result != SQLITE_CONSTRAINT) {
+    // A full disk can undo the whole transaction, rows that were saved long ago among them.
+    if (keys_ != nullptr) keys_->GiveUp();
+    return;
+  }
+  if (has_key && result == SQLITE_DONE) keys_->Add(key_);
+}
+
+void BindRowValue(const TableFields& fields, const RowValue& row, std::vector<BoundValue>& out) {
+  for (const TableFieldInfo& field : fields) {
+    BoundValue value;
+    const std::string& name = field.field_name;
+    if (const auto text = row.text_values.find(name); text != row.text_values.end()) {
+      value = BoundValue::Text(reinterpret_cast<const uint8_t*>(text->second.data()),
+                               text->second.size());
+    } else if (const auto number = row.integer_values.find(name);
+               number != row.integer_values.end()) {
+      value = BoundValue::Integer(number->second);
+    } else if (const auto real = row.real_values.find(name); real != row.real_values.end()) {
+      value = BoundValue::Real(real->second);
+    } else if (const auto blob = row.blob_values.find(name); blob != row.blob_values.end()) {
+      value = BoundValue::Blob(blob->second.data(), blob->second.size());
+    }
+    out.push_back(value);
+  }
+}

@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+#include "common/common/scan_control.h"
+#include "differential/both_scans.h"
+#include "reference/plain_scan.h"
+#include "support/log_capture.h"
+#include "support/sqlite_maker.h"
+
+namespace differential {
+namespace {
+
+// Stops the scan when a number of rows has gone into its result.
+class StopAfter {
+ public:
+  StopAfter(sqlite3* result, int rows) : result_(result), left_(rows) {
+    sqlite3_update_hook(result_, OnInsert, this);
+  }
+  ~StopAfter() { sqlite3_update_hook(result_, nullptr, nullptr); }
+  StopAfter(const StopAfter&) = delete;
+  StopAfter& operator=(const StopAfter&) = delete;
+
+ private:
+  static void OnInsert(void* self, int, const char*, const char*, sqlite3_int64) {
+    if (--static_cast<StopAfter*>(self)->left_ == 0) WriteScanControl(kScanStopped);
+  }
+
+  sqlite3* result_;
+  int left_;
+};
+
+// What is there after a scan that was stopped, and what it said.
+struct Stopped {
+  TextRows rows;
+  std::vector<std::string> log;
+
+  bool operator==(const Stopped&) const = default;
+};
+
+class StopTest : public testing::Test {
+ protected:
+  StopTest() { g_scan_control = std::make_unique<std::atomic<int32_t>>(kScanRuns); }
+  ~StopTest() override { g_scan_control.reset(); }
+
+  template <typename ScanDeleted>
+  Stopped Run(ScanSqliteProbe& probe, int rows, const ScanDeleted& scan_deleted) {
+    WriteScanControl(kScanRuns);
+    std::filesystem::remove(scans_.context().dest_db_path);
+    EXPECT_EQ(probe.Init(), kScanSucceeded);
+    const LogCapture log;
+    {
+      const StopAfter stop(probe.storager().handle(), rows);
+      scan_deleted();
+    }
+    SqliteMaker result(scans_.context().dest_db_path);
+    Stopped stopped;
+    for (const AppTable& table : application_.tables) {
+      const TextRows found = result.Rows("SELECT rowid, * FROM " + table.name);
+      stopped.rows.insert(stopped.rows.end(), found.begin(), found.end());
+    }
+    for (const std::string& line : log.Messages()) {
+      if (line.find(" Stop") != std::string::npos) stopped.log.push_back(line);
+    }
+    return stopped;
+  }
+
+  BothScans scans_;
+  Application application_;
+};
+
+// A stop takes effect at the end of the page whose rows are being saved, in a pass that sweeps as
+// well as in one that visits what an earlier sweep left for it.
+TEST_F(StopTest, TakesEffectAtTheNextPage) {
+  Dice dice(11);
+  application_ = {{MessagesTable("first"), MessagesTable("second", 21)}, 1, {}};
+  for (AppTable& table : application_.tables) {
+    for (ConfigField& field : table.fields) field.is_unique = 0;
+  }
+  scans_.Configure(application_);
+  SourceShape shape;
+  shape.page_size = 512;
+  shape.rows = 40;
+  shape.with_log = true;
+  Source source = MakeSource(dice, application_, shape);
+  AppendRandomPages(dice, source, 3);
+  PlantRecords(dice, application_, source.db, 20, 2 * PageSizeOf(source.db));
+  scans_.SetSource(source);
+  size_t rows_of_all = 0;
+  std::set<size_t> counts;
+  for (const int rows : {1000000, 1, 2, 5, 9, 14, 20, 30, 45, 60, 80, 100, 130, 160, 200, 300}) {
+    Stopped library;
+    Stopped plain;
+    {
+      ScanSqliteProbe probe(scans_.context());
+      library = Run(probe, rows, [&probe] {
+        probe.DeleteScanSqliteWalFile();
+        probe.DeletedScanSqliteFile();
+      });
+    }
+    {
+      PlainScan scan(scans_.context());
+      plain = Run(scan.probe(), rows, [&scan] { scan.ScanDeleted(); });
+    }
+    EXPECT_EQ(library.rows, plain.rows) << rows;
+    EXPECT_EQ(library.log, plain.log) << rows;
+    EXPECT_EQ(library.log.empty(), library.rows.size() < static_cast<size_t>(rows)) << rows;
+    rows_of_all = std::max(rows_of_all, library.rows.size());
+    counts.insert(library.rows.size());
+  }
+  EXPECT_GT(rows_of_all, 100U);
+  EXPECT_GT(counts.size(), 5U);
+}
+
+}  // namespace
+}  // namespace differential

@@ -1,0 +1,260 @@
+#include "scansqlite/sieve/header_sieve.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "scansqlite/carving/position_test.h"
+#include "unit/scansqlite/random_layout.h"
+
+namespace {
+
+using random_layout::Bytes;
+using random_layout::Layout;
+
+std::vector<SieveLevel> Levels() {
+  std::vector<SieveLevel> levels;
+  for (const SieveLevel level : {SieveLevel::kWords, SieveLevel::kSsse3, SieveLevel::kAvx2}) {
+    if (level <= BestSieveLevel()) levels.push_back(level);
+  }
+  return levels;
+}
+
+using Bits = std::vector<bool>;
+
+// The survivors of one sieve among `count` positions from `from` on. The bytes are given to the
+// sieve in a buffer that ends where it may read no further.
+Bits Survivors(const SievePlan& plan, SieveLevel level, const Bytes& bytes, size_t from,
+               size_t count, size_t sieve) {
+  const size_t blocks = (count + kSieveBlock - 1) / kSieveBlock;
+  const Bytes part(bytes.begin() + static_cast<std::ptrdiff_t>(from),
+                   bytes.begin() + static_cast<std::ptrdiff_t>(from + count + kSieveOverhang));
+  SieveResult result;
+  Sieve(plan, level, part.data(), count, result);
+  EXPECT_EQ(result.blocks(), blocks);
+  Bits bits;
+  for (size_t i = 0; i < blocks * kSieveBlock; ++i) {
+    const bool is_set = (result.Words(sieve)[i / kSieveBlock] >> (i % kSieveBlock) & 1U) != 0;
+    if (i < count) {
+      bits.push_back(is_set);
+    } else {
+      EXPECT_FALSE(is_set) << "behind the positions asked for, at " << i;
+    }
+  }
+  return bits;
+}
+
+// What the serial types at each position say by themselves.
+Bits Candidates(const CarveLayout& layout, const Bytes& bytes, size_t count) {
+  MemoryBytes source{bytes.data(), bytes.size()};
+  SerialTypeCells cells;
+  Bits bits;
+  for (size_t position = 0; position < count; ++position) {
+    bits.push_back(ReadCandidateCells(layout, source, position, cells) &&
+                   HoldsAValue(layout, cells) && CheckFeatureClasses(cells, *layout.features));
+  }
+  return bits;
+}
+
+class HeaderSieveTest : public testing::Test {
+ protected:
+  // Adds the layout to the plan; -1 when nothing of it is ever accepted.
+  int AddLayout(const Layout& layout) {
+    const size_t required = RequiredCells(layout.layout);
+    if (required > layout.layout.columns.size()) return -1;
+    const size_t first = layout.layout.first_column_is_key ? 1 : 0;
+    const int sieve =
+        plan_.Add(MakeSerialTypeSets(layout.layout, SetDepth::kClasses), first, required);
+    EXPECT_GE(sieve, 0);
+    return sieve;
+  }
+
+  // Every level gives the same, and all candidates are among it.
+  void ExpectSurvivors(const Bytes& bytes, const Bits& candidates, size_t from, size_t count,
+                       size_t sieve, uint64_t seed) {
+    const Bits words = Survivors(plan_, SieveLevel::kWords, bytes, from, count, sieve);
+    for (const SieveLevel level : Levels()) {
+      ASSERT_EQ(Survivors(plan_, level, bytes, from, count, sieve), words)
+          << "seed " << seed << " level " << static_cast<int>(level) << " from " << from;
+    }
+    for (size_t i = 0; i < count; ++i) {
+      ASSERT_TRUE(words[i] || !candidates[from + i])
+          << "seed " << seed << " position " << from + i << " of " << from << " + " << count;
+      candidates_ += candidates[from + i] ? 1 : 0;
+      survivors_ += words[i] ? 1 : 0;
+      positions_ += 1;
+    }
+  }
+
+  SievePlan plan_;
+  size_t candidates_ = 0;
+  size_t survivors_ = 0;
+  size_t positions_ = 0;
+};
+
+// Behind the last position, so that no header is cut by the end of the bytes.
+constexpr size_t kBehind = 4096;
+
+TEST_F(HeaderSieveTest, NoCandidateIsLostAtAnyLevel) {
+  constexpr size_t kCount = 3000;
+  for (uint64_t seed = 1; seed <= 150; ++seed) {
+    Dice dice(seed);
+    plan_ = {};
+    const Layout layout(dice, hand_made::Header(1024, 9));
+    if (AddLayout(layout) < 0) continue;
+    const Bytes bytes = random_layout::BytesWith(dice, layout.layout, kCount + kBehind, 60);
+    ExpectSurvivors(bytes, Candidates(layout.layout, bytes, kCount), 0, kCount, 0, seed);
+  }
+  EXPECT_GT(candidates_, 5000U);
+  EXPECT_LT(survivors_, positions_ / 2);
+}
+
+TEST_F(HeaderSieveTest, EveryAlignmentAndLength) {
+  for (uint64_t seed = 1; seed <= 4; ++seed) {
+    Dice dice(500 + seed);
+    plan_ = {};
+    const Layout layout(dice, hand_made::Header(1024, 9));
+    if (AddLayout(layout) < 0) continue;
+    const Bytes bytes = random_layout::BytesWith(dice, layout.layout, 300 + kBehind, 50);
+    const Bits candidates = Candidates(layout.layout, bytes, 300);
+    for (size_t from = 0; from < 70; ++from) {
+      for (size_t count = 0; count < 135; ++count) {
+        ExpectSurvivors(bytes, candidates, from, count, 0, seed);
+        if (HasFatalFailure()) return;
+      }
+    }
+  }
+  EXPECT_GT(candidates_, 1000U);
+}
+
+TEST_F(HeaderSieveTest, ManyLayoutsInOneSweep) {
+  constexpr size_t kCount = 1500;
+  Dice dice(77);
+  std::vector<std::unique_ptr<Layout>> layouts;
+  std::vector<int> sieves;
+  while (plan_.sieves.size() < 40 && plan_.sets.size() < 52) {
+    layouts.push_back(std::make_unique<Layout>(dice, hand_made::Header(1024, 9)));
+    sieves.push_back(AddLayout(*layouts.back()));
+  }
+  ASSERT_GT(plan_.sieves.size(), 8U);
+  for (size_t i = 0; i < layouts.size(); ++i) {
+    if (sieves[i] < 0) continue;
+    const CarveLayout& layout = layouts[i]->layout;
+    const Bytes bytes = random_layout::BytesWith(dice, layout, kCount + kBehind, 40);
+    ExpectSurvivors(bytes, Candidates(layout, bytes, kCount), 0, kCount,
+                    static_cast<size_t>(sieves[i]), i);
+  }
+  EXPECT_GT(candidates_, 500U);
+}
+
+// Whether a run of zeros begins at the position that is long enough to be dropped. Runs that end
+// inside the block of 64 positions are left to the full test.
+bool IsInNullRun(const HeaderSieve& sieve, const Bytes& bytes, size_t position, size_t end) {
+  size_t at = position;
+  while (at < end && bytes[at] == 0) ++at;
+  const bool leaves_block = at / kSieveBlock > position / kSieveBlock;
+  return sieve.null_run != 0 && leaves_block && at - position >= sieve.null_run;
+}
+
+// Where all serial types take one byte, the survivors are exactly what the joined columns say.
+TEST_F(HeaderSieveTest, ShortSerialTypesAreJoinedExactly) {
+  size_t survivors = 0;
+  for (uint64_t seed = 1; seed <= 60; ++seed) {
+    Dice dice(900 + seed);
+    plan_ = {};
+    const Layout layout(dice, hand_made::Header(1024, 9));
+    if (AddLayout(layout) < 0) continue;
+    Bytes bytes = random_layout::BytesWith(dice, layout.layout, 640 + kSieveOverhang, 25);
+    for (uint8_t& byte : bytes) byte &= 0x7FU;
+    const HeaderSieve& sieve = plan_.sieves[0];
+    const size_t read = 640 + kSieveBlock;
+    const Bits found = Survivors(plan_, BestSieveLevel(), bytes, 0, 640, 0);
+    for (size_t position = 0; position < found.size(); ++position) {
+      bool expected = true;
+      for (size_t k = 0; k < sieve.depth && position + k < read; ++k) {
+        const auto& types = plan_.short_types[sieve.columns[k].set];
+        const uint8_t byte = bytes[position + k];
+        expected = expected && (types[byte >> 6] >> (byte & 63U) & 1U) != 0;
+      }
+      expected = expected && !IsInNullRun(sieve, bytes, position, read);
+      ASSERT_EQ(found[position], expected) << "seed " << seed << " position " << position;
+      survivors += expected ? 1 : 0;
+    }
+  }
+  EXPECT_GT(survivors, 2000U);
+}
+
+// A layout of `width` columns that take anything.
+std::vector<SerialTypeSet> AnythingIn(size_t width) {
+  SerialTypeSet any;
+  any.short_types = {~uint64_t{0}, ~uint64_t{0}};
+  any.long_text = true;
+  any.long_blob = true;
+  return std::vector<SerialTypeSet>(width, any);
+}
+
+TEST_F(HeaderSieveTest, LongRunsOfNullsAreDropped) {
+  ASSERT_EQ(plan_.Add(AnythingIn(5), 0, 5), 0);
+  ASSERT_EQ(plan_.sieves[0].null_run, 5U);
+  size_t dropped = 0;
+  for (const size_t run : {size_t{3}, size_t{4}, size_t{5}, size_t{6}, size_t{63}, size_t{64},
+                           size_t{65}, size_t{69}, size_t{130}, size_t{200}}) {
+    for (size_t begin = 0; begin < 130; ++begin) {
+      Bytes bytes(400 + kSieveOverhang, 1);
+      std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(begin), run, uint8_t{0});
+      for (const SieveLevel level : Levels()) {
+        const Bits found = Survivors(plan_, level, bytes, 0, 400, 0);
+        for (size_t position = 0; position < found.size(); ++position) {
+          ASSERT_EQ(found[position], !IsInNullRun(plan_.sieves[0], bytes, position, 460))
+              << begin << " + " << run << " at " << position;
+          dropped += found[position] ? 0 : 1;
+        }
+      }
+    }
+  }
+  EXPECT_GT(dropped, 50000U);
+}
+
+TEST_F(HeaderSieveTest, NullsBehindAnAliasAndInFlexibleTablesAreDropped) {
+  EXPECT_EQ(plan_.Add(AnythingIn(5), 1, 5), 0);
+  EXPECT_EQ(plan_.sieves[0].null_run, 4U);
+  // Cells that may be missing can be NULL as well as any other.
+  EXPECT_EQ(plan_.Add(AnythingIn(24), 0, 20), 1);
+  EXPECT_EQ(plan_.sieves[1].null_run, 24U);
+  std::vector<SerialTypeSet> sets = AnythingIn(6);
+  sets[3].short_types[0] &= ~uint64_t{1};  // NULL is refused
+  EXPECT_EQ(plan_.Add(sets, 0, 6), 2);
+  EXPECT_EQ(plan_.sieves[2].null_run, 0U);
+}
+
+TEST_F(HeaderSieveTest, LayoutsThatAgreeUpToTheAnchorShareASieve) {
+  std::vector<SerialTypeSet> sets = AnythingIn(6);
+  sets[2].short_types = {uint64_t{1} << 5, 0};  // six bytes, nothing else
+  sets[2].long_text = sets[2].long_blob = false;
+  EXPECT_EQ(plan_.Add(sets, 0, 6), 0);
+  sets.resize(9, AnythingIn(1)[0]);
+  EXPECT_EQ(plan_.Add(sets, 0, 9), 0);
+  sets[1].long_blob = false;
+  EXPECT_EQ(plan_.Add(sets, 0, 9), 1);
+  EXPECT_EQ(plan_.sieves[0].depth, 3U);
+}
+
+TEST_F(HeaderSieveTest, AFullPlanTakesNoMore) {
+  std::vector<SerialTypeSet> sets = AnythingIn(2);
+  for (size_t i = 0; i < SievePlan::kMaxSets; ++i) {
+    sets[0].short_types = {uint64_t{1} << i, 0};
+    sets[0].long_text = sets[0].long_blob = false;
+    ASSERT_EQ(plan_.Add(sets, 0, 2), static_cast<int>(i));
+  }
+  sets[0].short_types = {3, 0};
+  EXPECT_EQ(plan_.Add(sets, 0, 2), -1);
+  sets[0].short_types = {1, 0};
+  EXPECT_EQ(plan_.Add(sets, 0, 2), 0);
+  const Bytes bytes(kSieveBlock + kSieveOverhang, 63);
+  for (const SieveLevel level : Levels()) {
+    EXPECT_EQ(Survivors(plan_, level, bytes, 0, kSieveBlock, 63), Bits(kSieveBlock, true));
+    EXPECT_EQ(Survivors(plan_, level, bytes, 0, kSieveBlock, 62), Bits(kSieveBlock, false));
+  }
+}
+
+}  // namespace
