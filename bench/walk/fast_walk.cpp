@@ -142,7 +142,8 @@ template <typename Action>
 void FastWalk::WithLog(const Action& action) {
   FileDataBuf file(probe_.context().source_db_path);
   std::vector<uint8_t> frames;
-  if (!ReadWholeFile(probe_.working_wal_path(), frames) || frames.size() <= kWalHeaderBytes) {
+  if (!ReadWholeFile(probe_.working_wal_path(), frames, kSieveOverhang) ||
+      frames.size() <= kWalHeaderBytes) {
     throw std::runtime_error("the log cannot be read");
   }
   frames.erase(frames.begin(), frames.begin() + kWalHeaderBytes);

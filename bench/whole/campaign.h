@@ -13,8 +13,8 @@ namespace bench {
 
 struct Options {
   std::string data;
-  uint64_t megabytes = 64;
-  int repeats = 5;
+  uint64_t megabytes = 32;
+  int repeats = 3;
   std::vector<std::string> cases;
   bool is_quick = false;  // without the large sources and the instruction counts
 };

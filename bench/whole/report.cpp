@@ -37,7 +37,7 @@ std::string Times(const Json::Value& slow, const Json::Value& fast) {
 }
 
 ReportTable MachineTable(const Json::Value& machine) {
-  ReportTable table{"machine", "Where and when", {{"", ""}}};
+  ReportTable table{"machine", "Where and when", {{"measured", ""}}};
   for (const char* key :
        {"date", "processor", "compiler", "sqlite", "revision", "megabytes", "repeats"}) {
     table.rows.push_back({key, machine[key].asString()});

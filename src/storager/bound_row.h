@@ -29,8 +29,12 @@ struct BoundValue {
     value.real = number;
     return value;
   }
-  static BoundValue Text(const uint8_t* bytes, size_t size) { return Bytes(kFieldText, bytes, size); }
-  static BoundValue Blob(const uint8_t* bytes, size_t size) { return Bytes(kFieldBlob, bytes, size); }
+  static BoundValue Text(const uint8_t* bytes, size_t size) {
+    return Bytes(kFieldText, bytes, size);
+  }
+  static BoundValue Blob(const uint8_t* bytes, size_t size) {
+    return Bytes(kFieldBlob, bytes, size);
+  }
 
  private:
   static BoundValue Bytes(int32_t kind, const uint8_t* bytes, size_t size) {

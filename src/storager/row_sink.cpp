@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "storager/column_lists.h"
+
 namespace {
 
 void AppendBytes(std::vector<uint8_t>& key, const void* bytes, size_t size) {
@@ -15,7 +17,8 @@ void AppendBytes(std::vector<uint8_t>& key, const void* bytes, size_t size) {
 // The kind in two bits, the length in four and as many bytes as it takes.
 void AppendLength(std::vector<uint8_t>& key, int32_t kind, uint32_t length) {
   uint32_t rest = length >> 4;
-  key.push_back(static_cast<uint8_t>(static_cast<uint32_t>(kind) << 5 | (length & 15U) << 1 | (rest != 0)));
+  key.push_back(
+      static_cast<uint8_t>(static_cast<uint32_t>(kind) << 5 | (length & 15U) << 1 | (rest != 0)));
   while (rest != 0) {
     key.push_back(static_cast<uint8_t>((rest & 0x7FU) << 1 | (rest >> 7 != 0)));
     rest >>= 7;
@@ -53,8 +56,51 @@ RowSink::RowSink(const TableFields& fields, SqliteStatement& insert, SavedKeys* 
   for (uint32_t i = 0; i < fields.size(); ++i) {
     if (fields[i].is_unique_field != 0) unique_fields_.push_back(i);
   }
-  const bool is_plain = std::all_of(fields.begin(), fields.end(), HasPlainType);
-  if (unique_fields_.empty() || !is_plain) keys_ = nullptr;
+  has_plain_types_ = std::all_of(fields.begin(), fields.end(), HasPlainType);
+  if (unique_fields_.empty() || !has_plain_types_) keys_ = nullptr;
+}
+
+void RowSink::UseFeed(sqlite3* connection, const std::string& table_name) {
+  if (!has_plain_types_ || insert_.handle() == nullptr) return;
+  feed_ =
+      std::make_unique<RowFeed>(connection, table_name, JoinColumnNames(fields_), fields_.size());
+  if (!feed_->IsReady()) feed_.reset();
+}
+
+// The rows of a source whose keys are not known yet. A row that is handed out counts as saved: it
+// goes in, or the unique index holds its key already.
+class RowSink::NewRows : public RowSource {
+ public:
+  NewRows(RowSink& sink, RowSource& rows) : sink_(sink), rows_(rows) {}
+
+  const BoundValue* Next() override {
+    while (const BoundValue* row = rows_.Next()) {
+      const bool has_key = sink_.keys_ != nullptr && sink_.MakeKey(row);
+      if (has_key && !sink_.keys_->Add(sink_.key_)) continue;
+      return row;
+    }
+    at_end_ = true;
+    return nullptr;
+  }
+  bool at_end() const { return at_end_; }
+
+ private:
+  RowSink& sink_;
+  RowSource& rows_;
+  bool at_end_ = false;
+};
+
+void RowSink::SaveAll(RowSource& rows) {
+  if (feed_ == nullptr) {
+    while (const BoundValue* row = rows.Next()) Save(row);
+    return;
+  }
+  NewRows new_rows(*this, rows);
+  while (!new_rows.at_end()) {
+    if (feed_->Insert(new_rows) == SQLITE_DONE) continue;
+    // The row that failed is dropped, and the others go on. What the result holds is not known.
+    if (keys_ != nullptr) keys_->GiveUp();
+  }
 }
 
 // A key is short, since all keys are kept: each value has its kind and its length in front, and a
@@ -66,7 +112,10 @@ bool RowSink::MakeKey(const BoundValue* values) {
     const BoundValue& value = values[field];
     if (BecomesNull(value)) return false;
     if (value.kind == kFieldInteger || value.kind == kFieldReal) {
-      const auto bits = static_cast<uint64_t>(value.integer);
+      auto bits = static_cast<uint64_t>(value.integer);
+      // The sign goes into the lowest bit, so that numbers just below 0 are short, too.
+      if (value.kind == kFieldInteger)
+        bits = bits << 1 ^ static_cast<uint64_t>(value.integer >> 63);
       const auto size = static_cast<uint32_t>((std::bit_width(bits) + 7) / 8);
       AppendLength(key_, value.kind, size);
       AppendBytes(key_, &bits, size);

@@ -63,8 +63,9 @@ bool SavedKeys::Contains(const std::vector<uint8_t>& key) const {
   return false;
 }
 
-void SavedKeys::Add(const std::vector<uint8_t>& key) {
-  if (key.empty() || Contains(key) || !MakeRoom(key.size())) return;
+bool SavedKeys::Add(const std::vector<uint8_t>& key) {
+  if (Contains(key)) return false;
+  if (key.empty() || !MakeRoom(key.size())) return true;
   const uint64_t hash = HashOf(key.data(), key.size());
   const size_t mask = slots_.size() - 1;
   size_t at = hash & mask;
@@ -75,6 +76,7 @@ void SavedKeys::Add(const std::vector<uint8_t>& key) {
   arena_.push_back(static_cast<uint8_t>(size));
   arena_.insert(arena_.end(), key.begin(), key.end());
   ++count_;
+  return true;
 }
 
 // Room is made before anything is added, so that a set that is full stays as it is. Growing holds

@@ -12,7 +12,8 @@ class SavedKeys {
   explicit SavedKeys(size_t max_bytes) : max_bytes_(max_bytes) {}
 
   bool Contains(const std::vector<uint8_t>& key) const;
-  void Add(const std::vector<uint8_t>& key);
+  // False when the set holds the key already.
+  bool Add(const std::vector<uint8_t>& key);
 
   // Forgets everything and takes nothing any more: after a failure of the result database nobody
   // knows what it holds.

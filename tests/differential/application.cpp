@@ -158,19 +158,14 @@ void WriteConfig(const Application& application, const std::string& path) {
 AppTable MessagesTable(const std::string& name, size_t width) {
   AppTable table;
   table.name = name;
-  table.columns = {{"_id", "INTEGER PRIMARY KEY", Kind::kKey},
-                   {"thread_id", "INTEGER", Kind::kSmall},
-                   {"address", "TEXT", Kind::kPhone},
-                   {"person", "INTEGER", Kind::kNull},
-                   {"date", "INTEGER", Kind::kDate},
-                   {"date_sent", "INTEGER", Kind::kDate},
-                   {"protocol", "INTEGER", Kind::kFlag},
-                   {"read", "INTEGER", Kind::kFlag},
-                   {"status", "INTEGER", Kind::kSmall},
-                   {"type", "INTEGER", Kind::kSmall},
-                   {"subject", "TEXT", Kind::kNull},
-                   {"body", "TEXT", Kind::kLong},
-                   {"service_center", "TEXT", Kind::kPhone}};
+  table.columns = {
+      {"_id", "INTEGER PRIMARY KEY", Kind::kKey}, {"thread_id", "INTEGER", Kind::kSmall},
+      {"address", "TEXT", Kind::kPhone},          {"person", "INTEGER", Kind::kNull},
+      {"date", "INTEGER", Kind::kDate},           {"date_sent", "INTEGER", Kind::kDate},
+      {"protocol", "INTEGER", Kind::kFlag},       {"read", "INTEGER", Kind::kFlag},
+      {"status", "INTEGER", Kind::kSmall},        {"type", "INTEGER", Kind::kSmall},
+      {"subject", "TEXT", Kind::kNull},           {"body", "TEXT", Kind::kLong},
+      {"service_center", "TEXT", Kind::kPhone}};
   for (size_t i = table.columns.size(); i < width; ++i) {
     table.columns.push_back({"extra" + std::to_string(i), "INTEGER", Kind::kFlag});
   }
@@ -183,9 +178,9 @@ AppTable MessagesTable(const std::string& name, size_t width) {
                     {"date", 1, 0, 1300000000000, 1800000000000, "", "", -1},
                     {"read", 0, 0, 0, 1, "", "", -1},
                     {"body", 0, 2, 0, 100000, "", "", -1}};
-  table.fields = {{"_id", "INTEGER", 0, 0, 1},       {"thread_id", "INTEGER", 0, 0, 0},
-                  {"address", "TEXT", 2, 1, 0},      {"date", "INTEGER", 0, 1, 0},
-                  {"body", "TEXT", 2, 1, 0},         {"read", "INTEGER", 0, 0, 0},
+  table.fields = {{"_id", "INTEGER", 0, 0, 1},  {"thread_id", "INTEGER", 0, 0, 0},
+                  {"address", "TEXT", 2, 1, 0}, {"date", "INTEGER", 0, 1, 0},
+                  {"body", "TEXT", 2, 1, 0},    {"read", "INTEGER", 0, 0, 0},
                   {"subject", "TEXT", 2, 0, 0}};
   return table;
 }

@@ -17,8 +17,8 @@ struct AppColumn {
 // One table of an application and what the configuration says of it.
 struct AppTable {
   std::string name;
-  std::vector<AppColumn> columns;                 // as the database holds them now
-  std::vector<std::vector<AppColumn>> older;      // earlier layouts, which the configuration knows
+  std::vector<AppColumn> columns;             // as the database holds them now
+  std::vector<std::vector<AppColumn>> older;  // earlier layouts, which the configuration knows
   ConfigTable flags;
   std::vector<ConfigFeature> features;
   std::vector<ConfigField> fields;

@@ -26,11 +26,23 @@ Source SmallSource(uint64_t seed, const Application& application, bool with_log)
 
 // Serial types that the end of the source cuts: what is there of a varint counts.
 const std::vector<std::string>& CutEnds() {
-  static const std::vector<std::string> kEnds = {
-      "\x01\x81",     "\x81\x01",     "\x01\x80",     "\x80\x80\x01", "\x01\x80\x80",
-      "\x01\x80\x81", "\x81\x81",     "\x01\xFF",     "\x01\x83",     "\x01\x01",
-      "\x08\x89",     "\x09\x80\x88", "\x89\x01\x88", "\x01",         "\x81",
-      "\x01\xFF\x81", "\x80\x80\x80\x80\x81"};
+  static const std::vector<std::string> kEnds = {"\x01\x81",
+                                                 "\x81\x01",
+                                                 "\x01\x80",
+                                                 "\x80\x80\x01",
+                                                 "\x01\x80\x80",
+                                                 "\x01\x80\x81",
+                                                 "\x81\x81",
+                                                 "\x01\xFF",
+                                                 "\x01\x83",
+                                                 "\x01\x01",
+                                                 "\x08\x89",
+                                                 "\x09\x80\x88",
+                                                 "\x89\x01\x88",
+                                                 "\x01",
+                                                 "\x81",
+                                                 "\x01\xFF\x81",
+                                                 "\x80\x80\x80\x80\x81"};
   return kEnds;
 }
 
@@ -75,6 +87,13 @@ void CutEverywhere(BothScans& scans, const Source& source, std::string Source::*
   }
 }
 
+// A page on which a record of two numbers stands nearly everywhere.
+std::string PageOfNumbers() {
+  std::string page(512, '\x01');
+  page[0] = '\x0D';
+  return page;
+}
+
 TEST(FileEnd, FilesOfEveryLengthAroundAPageEnd) {
   BothScans scans;
   const Application application{{MessagesTable()}, 1, {}};
@@ -83,10 +102,27 @@ TEST(FileEnd, FilesOfEveryLengthAroundAPageEnd) {
   Dice dice(3);
   AppendRandomPages(dice, source, 3);
   PlantRecords(dice, application, source.db, 40, 2 * PageSizeOf(source.db));
-  CutEverywhere(scans, source, &Source::db, source.db.size() - 1024);
-  scans.Configure(Numbers());
+  // The page that is cut and the next one are swept.
+  for (const size_t page : {3, 2}) source.db[source.db.size() - page * 512] = '\x0D';
   CutEverywhere(scans, source, &Source::db, source.db.size() - 1024);
   EXPECT_GT(scans.rows_seen(), 100U);
+}
+
+// The rows of a page that the end cuts are not saved, not even when the next table is carved.
+TEST(FileEnd, RecordsOfACutPage) {
+  BothScans scans;
+  Application application = Numbers();
+  application.tables.push_back(application.tables[0]);
+  application.tables[1].name = "more_numbers";
+  scans.Configure(application);
+  Source source = SmallSource(5, application, false);
+  source.db += PageOfNumbers() + PageOfNumbers() + PageOfNumbers();
+  CutEverywhere(scans, source, &Source::db, source.db.size() - 1024);
+  source = SmallSource(6, application, true);
+  ASSERT_GT(source.log.size(), 32U + 4 * 536U);
+  for (const size_t frame : {2, 3}) source.log.replace(56 + frame * 536, 512, PageOfNumbers());
+  CutEverywhere(scans, source, &Source::log, 32 + 3 * 536);
+  EXPECT_GT(scans.rows_seen(), 100000U);
 }
 
 TEST(FileEnd, LogsOfEveryLengthAroundAFrameEnd) {

@@ -84,9 +84,8 @@ TEST(LiveCopy, AColumnThatSqliteCallsByAnotherName) {
   AppTable& table = application.tables[0];
   table.columns[1].type = "INTEGER /* , oid INTEGER */";
   table.older.clear();
-  table.fields = {{"_id", "INTEGER", 0, 0, 1},
-                  {"oid", "INTEGER", 0, 0, 0},
-                  {"body", "TEXT", 2, 0, 0}};
+  table.fields = {
+      {"_id", "INTEGER", 0, 0, 1}, {"oid", "INTEGER", 0, 0, 0}, {"body", "TEXT", 2, 0, 0}};
   scans.Configure(application);
   scans.SetSource(MakeSource(dice, application, {}));
   scans.ExpectEqual(Range::kLive, "oid");

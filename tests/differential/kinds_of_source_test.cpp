@@ -53,7 +53,8 @@ TEST(KindsOfSource, FlexibleWideTables) {
     const Application application{{WideTable("wide", flexible)}, 1, {}};
     scans.Configure(application);
     Dice dice(static_cast<uint64_t>(flexible + 10));
-    ScanPlanted(scans, application, dice, {}, Case("flexible_cnt", static_cast<uint64_t>(flexible)));
+    ScanPlanted(scans, application, dice, {},
+                Case("flexible_cnt", static_cast<uint64_t>(flexible)));
     EXPECT_GT(scans.rows_seen(), 20U);
   }
 }
@@ -138,7 +139,8 @@ TEST(KindsOfSource, PageSizesThatSqliteNeverWrites) {
   shape.older_rows = 4;
   shape.with_log = true;
   const Source source = MakeSource(dice, application, shape);
-  for (const uint64_t stated : {0, 1, 2, 3, 7, 8, 9, 100, 255, 500, 511, 513, 600, 1000, 4097, 40000}) {
+  for (const uint64_t stated :
+       {0, 1, 2, 3, 7, 8, 9, 100, 255, 500, 511, 513, 600, 1000, 4097, 40000}) {
     Source changed = source;
     PlantRecords(dice, application, changed.db, 20, 1024);
     PutBigEndian(changed.db, 16, stated, 2);
@@ -168,7 +170,8 @@ TEST(KindsOfSource, SmallTables) {
       if (source.db[at] != '\x05' || seed % 4 == 0) continue;
       const size_t cell = BigEndianAt(source.db, at + 12, 2);
       if (cell + 4 > static_cast<size_t>(shape.page_size)) continue;
-      PutBigEndian(source.db, at + cell, dice.Pick<uint64_t>({0, 1, page + 1, 9999, 0xFFFFFFFF, 3}), 4);
+      PutBigEndian(source.db, at + cell, dice.Pick<uint64_t>({0, 1, page + 1, 9999, 0xFFFFFFFF, 3}),
+                   4);
     }
     scans.SetSource(source);
     scans.ExpectEqual(dice.Pick({Range::kAll, Range::kDeleted}), Case("small", seed));
@@ -210,6 +213,35 @@ TEST(KindsOfSource, OverflowChains) {
   }
   EXPECT_GT(thrown, 0U);
   EXPECT_GT(scans.rows_seen(), 500U);
+}
+
+// A header that states more pages than there are lets a chain leave the file, and that shows even
+// where the limits of another column refuse the record.
+TEST(KindsOfSource, ChainsOfRefusedRecordsThatLeaveTheFile) {
+  BothScans scans;
+  const Application application{{MessagesTable()}, 1, {}};
+  scans.Configure(application);
+  Application refused = application;
+  AppTable& table = refused.tables[0];
+  table.older.clear();
+  table.columns[4].kind = Kind::kSmall;  // no date
+  table.columns[11].kind = Kind::kLong;
+  size_t thrown = 0;
+  for (uint64_t seed = 1; seed <= SeedsOf(12); ++seed) {
+    Dice dice(5000 + seed);
+    SourceShape shape;
+    shape.page_size = 512;
+    shape.rows = 20;
+    Source source = MakeSource(dice, application, shape);
+    PlantRecords(dice, refused, source.db, 40, 1024);
+    const uint64_t pages = source.db.size() / 512 + (uint64_t{1} << 32) / 512;
+    PutBigEndian(source.db, 28, pages, 4);
+    PutBigEndian(source.db, 92, 0, 4);  // so that SQLite counts the pages itself
+    scans.SetSource(source);
+    scans.ExpectEqual(Range::kDeleted, Case("refused", seed));
+    thrown += scans.RunPlain(Range::kDeleted).ending.find("out_of_range") != std::string::npos;
+  }
+  EXPECT_GT(thrown, 0U);
 }
 
 TEST(KindsOfSource, KeptOutBytesOfTheLog) {

@@ -19,11 +19,11 @@ void ReserveBytes(const std::string& path, int page_size, int reserved) {
   sqlite3* handle = nullptr;
   int wanted = reserved;
   const std::string sql = "PRAGMA page_size=" + std::to_string(page_size) + "; VACUUM";
-  const bool done = sqlite3_open(path.c_str(), &handle) == SQLITE_OK &&
-                    sqlite3_exec(handle, "PRAGMA synchronous=OFF", nullptr, nullptr, nullptr) == SQLITE_OK &&
-                    sqlite3_file_control(handle, nullptr, SQLITE_FCNTL_RESERVE_BYTES, &wanted) ==
-                        SQLITE_OK &&
-                    sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
+  const bool done =
+      sqlite3_open(path.c_str(), &handle) == SQLITE_OK &&
+      sqlite3_exec(handle, "PRAGMA synchronous=OFF", nullptr, nullptr, nullptr) == SQLITE_OK &&
+      sqlite3_file_control(handle, nullptr, SQLITE_FCNTL_RESERVE_BYTES, &wanted) == SQLITE_OK &&
+      sqlite3_exec(handle, sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
   sqlite3_close(handle);
   if (!done) throw std::runtime_error("no bytes reserved");
 }
@@ -46,7 +46,8 @@ void InsertRows(Dice& dice, SqliteMaker& db, const std::string& table,
 }
 
 void DeleteSome(Dice& dice, SqliteMaker& db, const std::string& table) {
-  const std::string part = dice.Pick({"rowid % 3 = 0", "rowid % 2 = 1", "rowid > 20", "rowid < 30"});
+  const std::string part =
+      dice.Pick({"rowid % 3 = 0", "rowid % 2 = 1", "rowid > 20", "rowid < 30"});
   db.Run("DELETE FROM " + table + " WHERE " + part);
 }
 
@@ -63,8 +64,8 @@ void FillDatabase(Dice& dice, SqliteMaker& db, const Application& application,
   for (const AppTable& table : application.tables) {
     db.Run(CreateText(table.name, table.columns));
     if (dice.Chance(20)) {
-      db.Run("CREATE INDEX i_" + table.name + " ON " + table.name + "(" + table.columns.back().name +
-             ")");
+      db.Run("CREATE INDEX i_" + table.name + " ON " + table.name + "(" +
+             table.columns.back().name + ")");
     }
   }
   for (const size_t part : {shape.rows / 2, shape.rows - shape.rows / 2}) {
@@ -191,7 +192,8 @@ void Damage(Dice& dice, std::string& bytes, size_t times, size_t from) {
     const size_t at = from + dice.Below(room);
     if (from > 100 && IsSchemaPage(bytes, at)) continue;
     if (dice.Chance(60)) {
-      bytes[at] = dice.Chance(50) ? dice.Byte() : static_cast<char>(bytes[at] ^ (1 << dice.Below(8)));
+      bytes[at] =
+          dice.Chance(50) ? dice.Byte() : static_cast<char>(bytes[at] ^ (1 << dice.Below(8)));
       continue;
     }
     const size_t length = std::min(1 + dice.Below(200), bytes.size() - at);

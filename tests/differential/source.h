@@ -19,7 +19,7 @@ struct SourceShape {
   int reserved = 0;
   std::string encoding = "UTF-8";
   bool with_log = false;
-  size_t rows = 60;       // of each table
+  size_t rows = 60;        // of each table
   size_t older_rows = 15;  // of each earlier layout, in tables that were dropped
 };
 

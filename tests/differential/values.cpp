@@ -13,8 +13,8 @@ Value IntegerValue(Dice& dice, int64_t number) {
     return {number == 0 ? 8U : 9U, {}};
   }
   size_t bytes = 1;
-  while (bytes < 8 && (number < -(int64_t{1} << (8 * bytes - 1)) ||
-                       number >= int64_t{1} << (8 * bytes - 1))) {
+  while (bytes < 8 &&
+         (number < -(int64_t{1} << (8 * bytes - 1)) || number >= int64_t{1} << (8 * bytes - 1))) {
     bytes = bytes == 4 ? 6 : bytes == 6 ? 8 : bytes + 1;
   }
   Value value;

@@ -40,8 +40,7 @@ class PlainScan {
   int32_t WalkMainFile(Hits* hits);
   template <typename ScanCandidate>
   void CarveTable(const TableSchemaInfo& table, Hits* hits, ScanCandidate&& scan_candidate);
-  void WalkPages(FileDataBuf& file, const TablePass& pass, PageList& page_list,
-                 bool use_page_list);
+  void WalkPages(FileDataBuf& file, const TablePass& pass, PageList& page_list, bool use_page_list);
   void WalkFrames(const std::vector<uint8_t>& frames, FileDataBuf& file, const TablePass& pass);
 
   ScanSqliteProbe probe_;

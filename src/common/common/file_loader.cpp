@@ -41,7 +41,7 @@ bool ReadInto(std::ifstream& stream, size_t count, std::vector<uint8_t>& out) {
 
 }  // namespace
 
-bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& out) {
+bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& out, size_t spare) {
   std::ifstream stream;
   uint64_t size = 0;
   if (!OpenAtEnd(path, stream, size)) {
@@ -49,6 +49,7 @@ bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& out) {
     return false;
   }
   if (size == 0) return false;
+  out.reserve(size + spare);
   if (!ReadInto(stream, size, out)) {
     LogEx(kLogModule, kLogError, "[%s], at %d line, Fail to read file %s, %s", kSourceCommon,
           kLineReadWholeFile, std::strerror(errno), path.c_str());

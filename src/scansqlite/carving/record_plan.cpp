@@ -7,10 +7,9 @@ namespace {
 constexpr uint16_t kSmallestPage = 512;
 
 bool SameRanges(const FieldFeature& a, const FieldFeature& b) {
-  return std::equal(a.value_ranges.begin(), a.value_ranges.end(), b.value_ranges.begin(),
-                    b.value_ranges.end(), [](const ValueRange& x, const ValueRange& y) {
-                      return x.min == y.min && x.max == y.max;
-                    });
+  return std::equal(
+      a.value_ranges.begin(), a.value_ranges.end(), b.value_ranges.begin(), b.value_ranges.end(),
+      [](const ValueRange& x, const ValueRange& y) { return x.min == y.min && x.max == y.max; });
 }
 
 bool SameCheck(const FieldFeature& a, const FieldFeature& b) {
@@ -22,8 +21,22 @@ bool SameCheck(const FieldFeature& a, const FieldFeature& b) {
 
 // Numbers are cheap to judge, and those that must be there refuse most.
 int CostOf(const FieldFeature& feature) {
-  const int base = feature.field_type == kFieldInteger ? 0 : feature.field_type == kFieldReal ? 2 : 4;
+  const int base = feature.field_type == kFieldInteger ? 0
+                   : feature.field_type == kFieldReal  ? 2
+                                                       : 4;
   return base + (feature.is_not_null == 1 ? 0 : 1);
+}
+
+std::vector<uint8_t> RefusedBytes(const FieldFeature& feature) {
+  if (feature.item_range.empty()) return {};
+  std::vector<uint8_t> refused(256);
+  for (uint32_t byte = 0; byte < 256; ++byte) {
+    const auto value = static_cast<uint8_t>(byte);
+    const bool passes =
+        feature.item_range.Contains(value) && !feature.item_not_exist_value.Contains(value);
+    refused[byte] = passes ? 0 : 1;
+  }
+  return refused;
 }
 
 bool ReadsText(const FieldFeature& feature) {
@@ -37,7 +50,9 @@ std::vector<ValueCheck> MergeChecks(const FeatureMaps& features) {
       const bool is_known = std::any_of(checks.begin(), checks.end(), [&](const ValueCheck& check) {
         return SameCheck(*check.feature, feature);
       });
-      if (!is_known) checks.push_back({static_cast<uint32_t>(column), &feature, false});
+      if (!is_known) {
+        checks.push_back({static_cast<uint32_t>(column), &feature, RefusedBytes(feature), false});
+      }
     }
   }
   for (ValueCheck& check : checks) {
@@ -50,6 +65,20 @@ std::vector<ValueCheck> MergeChecks(const FeatureMaps& features) {
     return CostOf(*a.feature) < CostOf(*b.feature);
   });
   return checks;
+}
+
+RecordPlan::ShortCells MakeShortCells(const SerialTypeSet& set, bool is_primary_key) {
+  RecordPlan::ShortCells cells{};
+  for (uint32_t type = 0; type < cells.size(); ++type) {
+    SerialTypeCell cell;
+    cell.serial_type = type;
+    DecodeSerialType(cell);
+    const bool is_value = cell.storage_class >= 0 && !is_primary_key;
+    cells[type] =
+        static_cast<uint8_t>(cell.payload_length | (is_value ? RecordPlan::kHoldsValue : 0U));
+    if (!set.HasShort(type)) cells[type] = RecordPlan::kRefused;
+  }
+  return cells;
 }
 
 bool HasPlainFields(const ResultFieldMap& result_fields) {
@@ -87,7 +116,11 @@ RecordPlan MakeRecordPlan(const CarveLayout& layout, const TableFields& fields, 
   plan.width = layout.columns.size();
   plan.required = RequiredCells(layout);
   plan.sets = MakeSerialTypeSets(layout, depth);
-  for (const ColumnRule& rule : layout.columns) plan.is_primary_key.push_back(rule.is_primary_key);
+  for (size_t column = 0; column < plan.width; ++column) {
+    const bool is_primary_key = layout.columns[column].is_primary_key;
+    plan.is_primary_key.push_back(is_primary_key);
+    plan.short_cells.push_back(MakeShortCells(plan.sets[column], is_primary_key));
+  }
   plan.checks = MergeChecks(*layout.features);
   plan.fields = MakeFieldSources(fields, *layout.result_fields);
   plan.is_fast = layout.header->text_encoding == kEncodingUtf8 &&

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -11,6 +12,8 @@
 struct ValueCheck {
   uint32_t column = 0;
   const FieldFeature* feature = nullptr;
+  // By byte value: 1 where a text or blob may not hold it. Empty: it may hold any.
+  std::vector<uint8_t> refused_bytes;
   // Some check of the column reads a text, which cleans the bytes for all that come after it.
   bool reads_after_cleaning = false;
 };
@@ -27,11 +30,19 @@ struct FieldSource {
 // checks merged and ordered by cost, the result columns in the order of the insert statement.
 // Borrows from the layout.
 struct RecordPlan {
+  // What a serial type of one byte means for a column: the bytes of its value in the lower six
+  // bits, and whether it is refused or gives the record a value.
+  static constexpr uint8_t kRefused = 0x80;
+  static constexpr uint8_t kHoldsValue = 0x40;
+  static constexpr uint8_t kLengthBits = 0x3F;
+  using ShortCells = std::array<uint8_t, 128>;
+
   const CarveLayout* layout = nullptr;
   size_t first = 0;     // 1 behind a row id alias
   size_t width = 0;     // columns, the alias counted
   size_t required = 0;  // cells, the alias counted
   std::vector<SerialTypeSet> sets;
+  std::vector<ShortCells> short_cells;  // the same for one look a column
   std::vector<uint8_t> is_primary_key;
   std::vector<ValueCheck> checks;
   std::vector<FieldSource> fields;

@@ -14,13 +14,6 @@ constexpr uint64_t kAliasType = ~uint64_t{0};
 
 constexpr uint8_t kConstants[2] = {0, 1};
 
-// Bytes in the body by serial type, for those below 12.
-constexpr uint8_t kSmallLengths[12] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0, 0, 0};
-constexpr int8_t kSmallClasses[12] = {kClassNull,      kClassInteger,   kClassInteger,
-                                      kClassInteger,   kClassInteger,   kClassInteger,
-                                      kClassInteger,   kClassReal,      kClassUndecided,
-                                      kClassUndecided, kClassUndecided, kClassUndecided};
-
 // A serial type of more than one byte; `at` stands on its first byte and moves behind it.
 uint64_t ReadLongType(const uint8_t*& at, const uint8_t* end) {
   uint64_t value = 0;
@@ -32,16 +25,27 @@ uint64_t ReadLongType(const uint8_t*& at, const uint8_t* end) {
   return value;
 }
 
-void Describe(uint64_t type, RecordValue& value) {
-  value.serial_type = type;
-  if (type < 12) {
-    value.length = kSmallLengths[type];
-    value.storage_class = kSmallClasses[type];
-    return;
-  }
-  const bool is_blob = type % 2 == 0;
-  value.storage_class = is_blob ? kClassBlob : kClassText;
-  value.length = static_cast<uint32_t>((type - (is_blob ? 12U : 13U)) / 2);
+uint32_t LengthOf(uint64_t type) {
+  SerialTypeCell cell;
+  cell.serial_type = type;
+  DecodeSerialType(cell);
+  return cell.payload_length;
+}
+
+// Of a value: the constants have none.
+int32_t ClassOfValue(uint64_t type) {
+  if (type >= 12) return type % 2 == 0 ? kClassBlob : kClassText;
+  if (type >= 8) return kClassUndecided;
+  if (type == 7) return kClassReal;
+  return type == 0 ? kClassNull : kClassInteger;
+}
+
+// Neither NULL nor reserved.
+bool IsValue(uint64_t type) { return type != 0 && type != 10 && type != 11; }
+
+// No value is as long as the source, whose size counts in 32 bits.
+bool CanBeAsLong(const RecordValue& value, const ByteView& view) {
+  return value.length <= kMaxValueBytes && value.length < static_cast<uint32_t>(view.source_size);
 }
 
 // Whether reading the value as a text changes none of its bytes.
@@ -57,60 +61,90 @@ RecordTest::RecordTest(const RecordPlan& plan) : plan_(plan), values_(plan.width
   values_[0].storage_class = kClassNull;
 }
 
-// The cheap part: the serial types, whether they hold a value, whether the values can be
-// as long as they say.
+// The cell whose serial type takes more than one byte, `at` its first one, which moves behind it.
+// False when the record ends in front of it.
+bool RecordTest::ReadLongCell(const ByteView& view, const uint8_t*& at, size_t column) {
+  const uint8_t* const end = view.bytes + (view.end - view.begin);
+  RecordValue& value = values_[column];
+  const uint8_t* next = at;
+  value.serial_type = ReadLongType(next, end);
+  value.length = LengthOf(value.serial_type);
+  reaches_end_ = reaches_end_ || (next == end && view.end != view.source_size);
+  if (!plan_.sets[column].Has(value.serial_type)) return false;
+  at = next;
+  is_too_long_ = is_too_long_ || !CanBeAsLong(value, view);
+  holds_value_ = holds_value_ || (IsValue(value.serial_type) && plan_.is_primary_key[column] == 0);
+  return true;
+}
+
+// The cheap part: the serial types, whether they hold a value, whether the values can be as long as
+// they say.
 Verdict RecordTest::ReadHeader(const ByteView& view, uint64_t position) {
   const uint8_t* const begin = view.At(position);
   const uint8_t* const end = view.bytes + (view.end - view.begin);
   const uint8_t* at = begin;
-  bool holds_value = false;
-  uint64_t data_bytes = 0;
-  count_ = plan_.first;
-  for (size_t column = plan_.first; column < plan_.width; ++column) {
+  uint32_t flags = 0;
+  uint64_t body_bytes = 0;
+  reaches_end_ = is_too_long_ = holds_value_ = false;
+  size_t column = plan_.first;
+  for (; column < plan_.width; ++column) {
     if (at == end) {
-      if (view.end != view.source_size) return Verdict::kOpen;
+      reaches_end_ = reaches_end_ || view.end != view.source_size;
       break;
     }
-    uint64_t type = *at;
-    if (type < 0x80) {
-      ++at;
-    } else {
-      type = ReadLongType(at, end);
-      if (at == end && view.end != view.source_size) return Verdict::kOpen;
-    }
-    if (!plan_.sets[column].Has(type)) break;
     RecordValue& value = values_[column];
-    Describe(type, value);
-    if (value.length > kMaxValueBytes) return Verdict::kMiss;
-    if (value.length >= static_cast<uint32_t>(view.source_size)) return Verdict::kMiss;
-    // A constant is an integer here and of no class as a value.
-    const bool is_value = value.storage_class >= 0 || type == 8 || type == 9;
-    holds_value = holds_value || (is_value && plan_.is_primary_key[column] == 0);
-    data_bytes += value.length;
-    serial_bytes_ = static_cast<uint32_t>(at - begin);
-    count_ = column + 1;
+    if (*at < 0x80) {
+      const uint8_t cell = plan_.short_cells[column][*at];
+      if ((cell & RecordPlan::kRefused) != 0) break;
+      flags |= cell;
+      value.serial_type = *at++;
+      value.length = cell & RecordPlan::kLengthBits;
+    } else if (!ReadLongCell(view, at, column)) {
+      break;
+    }
+    value.place = static_cast<uint32_t>(body_bytes);
+    body_bytes += value.length;
   }
-  if (count_ < plan_.required || !holds_value) return Verdict::kMiss;
-  if (data_bytes > plan_.layout->header->table_max_leaf) return Verdict::kOpen;
-  data_bytes_ = static_cast<uint32_t>(data_bytes);
-  serial_bytes_ += static_cast<uint32_t>(plan_.first);
+  count_ = column;
+  if (reaches_end_) return Verdict::kOpen;
+  if (count_ < plan_.required) return Verdict::kMiss;
+  if ((flags & RecordPlan::kHoldsValue) == 0 && !holds_value_) return Verdict::kMiss;
+  // In the smallest sources even short values have to be looked at one by one.
+  if (is_too_long_) return Verdict::kMiss;
+  if (view.has_tiny_limit || body_bytes > plan_.layout->header->table_max_leaf) {
+    return Verdict::kOpen;
+  }
+  data_bytes_ = static_cast<uint32_t>(body_bytes);
+  serial_bytes_ = static_cast<uint32_t>(static_cast<uint64_t>(at - begin) + plan_.first);
   return Verdict::kHit;
 }
 
-Verdict RecordTest::PlaceValues(const ByteView& view, uint64_t position) {
-  const uint64_t body = position + serial_bytes_ - plan_.first;
-  if (!view.Holds(body, body + data_bytes_)) return Verdict::kOpen;
-  const uint8_t* at = view.At(body);
-  for (size_t column = plan_.first; column < count_; ++column) {
-    RecordValue& value = values_[column];
-    value.bytes = at;
-    at += value.length;
-    if (value.serial_type == 8 || value.serial_type == 9) {
-      value.bytes = &kConstants[value.serial_type - 8];
-      value.length = 1;
-    }
+// Most records that fail do so at the first value that is looked at: values get their bytes when
+// they are asked for.
+void RecordTest::Place(RecordValue& value) const {
+  if (value.serial_type == kAliasType) return;
+  value.storage_class = ClassOfValue(value.serial_type);
+  if (IsConstant(value)) {
+    value.bytes = &kConstants[value.serial_type - 8];
+    value.length = 1;
+  } else {
+    value.bytes = body_ + value.place;
   }
-  return Verdict::kHit;
+}
+
+Verdict RecordTest::CheckValues() {
+  bool is_open = false;
+  for (const ValueCheck& check : plan_.checks) {
+    RecordValue& value = values_[check.column];
+    Place(value);
+    const Verdict verdict = CheckValue(check, value);
+    if (verdict == Verdict::kHit) continue;
+    // A text check of the same column may have changed the bytes by then.
+    const bool decides = !check.reads_after_cleaning || StaysAsItIs(value);
+    if (verdict == Verdict::kMiss && decides) return Verdict::kMiss;
+    is_open = true;
+  }
+  return is_open ? Verdict::kOpen : Verdict::kHit;
 }
 
 Verdict RecordTest::Test(const ByteView& view, uint64_t position) {
@@ -123,35 +157,29 @@ Verdict RecordTest::Test(const ByteView& view, uint64_t position) {
   record.data_bytes = data_bytes_;
   MeasureSizes(record);
   if (record.payload_size > plan_.layout->header->table_max_leaf) return Verdict::kOpen;
-  if (PlaceValues(view, position) != Verdict::kHit) return Verdict::kOpen;
-  bool is_open = false;
-  for (const ValueCheck& check : plan_.checks) {
-    const RecordValue& value = values_[check.column];
-    switch (CheckValue(*check.feature, value)) {
-      case Verdict::kMiss:
-        if (!check.reads_after_cleaning || StaysAsItIs(value)) return Verdict::kMiss;
-        is_open = true;
-        break;
-      case Verdict::kOpen:
-        is_open = true;
-        break;
-      case Verdict::kHit:
-        break;
-    }
+  const uint64_t body = position + serial_bytes_ - plan_.first;
+  if (!view.Holds(body, body + data_bytes_)) return Verdict::kOpen;
+  body_ = view.At(body);
+  return CheckValues();
+}
+
+RowIdHint RecordTest::FindRowId(const ByteView& view, uint64_t position) const {
+  CarvedRecord record;
+  record.serial_bytes = serial_bytes_;
+  record.data_bytes = data_bytes_;
+  const uint64_t head_end = position - 1 - plan_.first;
+  const auto in_page = static_cast<int32_t>(position % plan_.layout->header->page_size);
+  if (in_page >= kUsualHeadRoom && view.Holds(position - kUsualHeadRoom, position)) {
+    FindUsualCellHead(view.At(head_end), record);
+  } else {
+    FindCellHead(view, static_cast<int32_t>(static_cast<uint32_t>(head_end)), in_page, record);
   }
-  return is_open ? Verdict::kOpen : Verdict::kHit;
+  return {record.has_row_id, record.row_id};
 }
 
 bool RecordTest::BuildRow(const ByteView& view, uint64_t position, std::vector<BoundValue>& row,
                           RowIdHint& hint) {
-  CarvedRecord record;
-  record.serial_bytes = serial_bytes_;
-  record.data_bytes = data_bytes_;
-  MeasureSizes(record);
-  const auto in_page = static_cast<int32_t>(position % plan_.layout->header->page_size);
-  FindCellHead(view, static_cast<int32_t>(static_cast<uint32_t>(position - 1 - plan_.first)), in_page,
-               record);
-  hint = {record.has_row_id, record.row_id};
+  hint = FindRowId(view, position);
   const size_t before = row.size();
   for (const FieldSource& source : plan_.fields) {
     row.emplace_back();
@@ -163,8 +191,7 @@ bool RecordTest::BuildRow(const ByteView& view, uint64_t position, std::vector<B
   return true;
 }
 
-bool RecordTest::BuildValue(const FieldSource& source, const RowIdHint& hint,
-                            BoundValue& out) const {
+bool RecordTest::BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out) {
   if (source.is_absent) return true;
   if (source.is_row_id) {
     out = BoundValue::Integer(hint.row_id);
@@ -172,8 +199,11 @@ bool RecordTest::BuildValue(const FieldSource& source, const RowIdHint& hint,
   }
   static constexpr uint8_t kNoBytes = 0;
   const auto column = static_cast<size_t>(source.column);
-  const RecordValue* value = nullptr;
-  if (source.column >= 0 && column < count_) value = &values_[column];
+  RecordValue* value = nullptr;
+  if (source.column >= 0 && column < count_) {
+    value = &values_[column];
+    Place(*value);
+  }
   const bool is_empty = value == nullptr || value->length == 0;
   if (value != nullptr && is_empty && value->storage_class != kClassText) return true;
   switch (source.field_type) {

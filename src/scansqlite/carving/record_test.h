@@ -25,6 +25,7 @@ struct RecordValue {
   uint64_t serial_type = 0;
   const uint8_t* bytes = nullptr;  // into the view; of a constant its own byte
   uint32_t length = 0;             // a constant has one byte
+  uint32_t place = 0;              // in the body
   int32_t storage_class = 0;
 };
 
@@ -45,12 +46,19 @@ class RecordTest {
 
  private:
   Verdict ReadHeader(const ByteView& view, uint64_t position);
-  Verdict PlaceValues(const ByteView& view, uint64_t position);
-  bool BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out) const;
+  bool ReadLongCell(const ByteView& view, const uint8_t*& at, size_t column);
+  void Place(RecordValue& value) const;
+  Verdict CheckValues();
+  RowIdHint FindRowId(const ByteView& view, uint64_t position) const;
+  bool BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out);
 
   const RecordPlan& plan_;
   std::vector<RecordValue> values_;
   size_t count_ = 0;  // cells, an alias counted
+  const uint8_t* body_ = nullptr;
+  bool reaches_end_ = false;  // of what is in memory
+  bool is_too_long_ = false;
+  bool holds_value_ = false;
   uint32_t serial_bytes_ = 0;
   uint32_t data_bytes_ = 0;
 };

@@ -20,6 +20,28 @@ bool ArePrintable(const uint8_t* bytes) {
   return ((word | below_blank | above_tilde) & kTopBits) == 0;
 }
 
+// The length of a sequence of two to four bytes that is surely clean; 0 leaves the answer open.
+uint32_t CleanSequence(const uint8_t* bytes, uint32_t left) {
+  constexpr uint32_t kLastControl = 0x9F;
+  constexpr uint32_t kFirstSpecial = 0xFFF0;
+  constexpr uint32_t kLastSpecial = 0xFFFF;
+  const uint32_t lead = bytes[0];
+  const auto follows = [bytes](uint32_t i) { return (bytes[i] & 0xC0U) == 0x80U; };
+  const auto bits = [bytes](uint32_t i) { return bytes[i] & 0x3FU; };
+  if ((lead & 0xE0U) == 0xC0U && left >= 2) {
+    return follows(1) && ((lead & 0x1FU) << 6 | bits(1)) > kLastControl ? 2 : 0;
+  }
+  if ((lead & 0xF0U) == 0xE0U && left >= 3) {
+    const uint32_t point = (lead & 0x0FU) << 12 | bits(1) << 6 | bits(2);
+    return follows(1) && follows(2) && point > kLastControl && point < kFirstSpecial ? 3 : 0;
+  }
+  if ((lead & 0xF8U) == 0xF0U && left >= 4) {
+    const uint32_t point = (lead & 0x07U) << 18 | bits(1) << 12;
+    return follows(1) && follows(2) && follows(3) && point > kLastSpecial ? 4 : 0;
+  }
+  return 0;
+}
+
 bool IsNull(const RecordValue& value) { return value.serial_type == 0; }
 
 Verdict VerdictOf(bool passes) { return passes ? Verdict::kHit : Verdict::kMiss; }
@@ -52,27 +74,28 @@ bool LengthFits(const FieldFeature& feature, uint64_t length) {
   return true;
 }
 
-bool BytesFit(const FieldFeature& feature, const RecordValue& value) {
-  if (feature.item_range.empty()) return true;
-  for (uint32_t i = 0; i < value.length; ++i) {
-    if (!feature.item_range.Contains(value.bytes[i])) return false;
-    if (feature.item_not_exist_value.Contains(value.bytes[i])) return false;
-  }
-  return true;
+bool BytesFit(const ValueCheck& check, const RecordValue& value) {
+  if (check.refused_bytes.empty()) return true;
+  uint32_t refused = 0;
+  for (uint32_t i = 0; i < value.length; ++i) refused |= check.refused_bytes[value.bytes[i]];
+  return refused == 0;
 }
 
-Verdict CheckText(const FieldFeature& feature, const RecordValue& value) {
+Verdict CheckText(const ValueCheck& check, const RecordValue& value) {
+  const FieldFeature& feature = *check.feature;
   if (value.length == 0 || IsConstant(value)) return VerdictOf(feature.is_not_null != 1);
   if (!IsCleanText(value.bytes, value.length)) return Verdict::kOpen;
-  return VerdictOf(LengthFits(feature, value.length) && BytesFit(feature, value));
+  return VerdictOf(LengthFits(feature, value.length) && BytesFit(check, value));
 }
 
-bool CheckBlob(const FieldFeature& feature, const RecordValue& value) {
+bool CheckBlob(const ValueCheck& check, const RecordValue& value) {
+  const FieldFeature& feature = *check.feature;
   if (value.length == 0 && feature.is_not_null == 1) return false;
-  return LengthFits(feature, value.length) && BytesFit(feature, value);
+  return LengthFits(feature, value.length) && BytesFit(check, value);
 }
 
-Verdict CheckAs(int32_t field_type, const FieldFeature& feature, const RecordValue& value) {
+Verdict CheckAs(int32_t field_type, const ValueCheck& check, const RecordValue& value) {
+  const FieldFeature& feature = *check.feature;
   switch (field_type) {
     case kFieldNone:
       return Verdict::kMiss;
@@ -81,9 +104,9 @@ Verdict CheckAs(int32_t field_type, const FieldFeature& feature, const RecordVal
     case kFieldReal:
       return VerdictOf(CheckReal(feature, value));
     case kFieldText:
-      return CheckText(feature, value);
+      return CheckText(check, value);
     case kFieldBlob:
-      return VerdictOf(CheckBlob(feature, value));
+      return VerdictOf(CheckBlob(check, value));
     default:
       return Verdict::kHit;
   }
@@ -92,6 +115,11 @@ Verdict CheckAs(int32_t field_type, const FieldFeature& feature, const RecordVal
 }  // namespace
 
 int64_t NumberOf(const uint8_t* bytes, uint32_t length) {
+  if (length == 8) {
+    return static_cast<int64_t>(uint64_t{BigEndian32(bytes[0], bytes[1], bytes[2], bytes[3])}
+                                    << 32 |
+                                BigEndian32(bytes[4], bytes[5], bytes[6], bytes[7]));
+  }
   uint64_t number = (bytes[0] & 0x80U) != 0 ? ~uint64_t{0} : 0;
   for (uint32_t i = 0; i < length; ++i) number = (number << 8) + bytes[i];
   return static_cast<int64_t>(number);
@@ -117,16 +145,21 @@ bool IsCleanText(const uint8_t* bytes, uint32_t length) {
   while (at < length) {
     if (at + 8 <= length && ArePrintable(bytes + at)) {
       at += 8;
-      continue;
+    } else if (bytes[at] >= 0x20 && bytes[at] < 0x7F) {
+      ++at;
+    } else if (const uint32_t clean = CleanSequence(bytes + at, length - at); clean != 0) {
+      at += clean;
+    } else if (Utf8BadSequenceLength(bytes + at, length - at) != 0) {
+      return false;
+    } else {
+      at += Utf8SequenceLength(bytes[at]);
     }
-    if (Utf8BadSequenceLength(bytes + at, length - at) != 0) return false;
-    at += Utf8SequenceLength(bytes[at]);
   }
   return true;
 }
 
-Verdict CheckValue(const FieldFeature& feature, const RecordValue& value) {
-  const Verdict first = CheckAs(feature.field_type, feature, value);
+Verdict CheckValue(const ValueCheck& check, const RecordValue& value) {
+  const Verdict first = CheckAs(check.feature->field_type, check, value);
   if (first != Verdict::kMiss) return first;
-  return CheckAs(feature.field_type_candidate, feature, value);
+  return CheckAs(check.feature->field_type_candidate, check, value);
 }

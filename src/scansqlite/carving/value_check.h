@@ -22,4 +22,4 @@ inline bool IsConstant(const RecordValue& value) {
 }
 
 // Whether the value passes as one of the feature's two codes. kOpen when that takes a cleaned text.
-Verdict CheckValue(const FieldFeature& feature, const RecordValue& value);
+Verdict CheckValue(const ValueCheck& check, const RecordValue& value);

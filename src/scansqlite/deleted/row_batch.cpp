@@ -4,6 +4,26 @@
 
 #include "scansqlite/deleted/guess_row_ids.h"
 
+namespace {
+
+class BatchRows : public RowSource {
+ public:
+  BatchRows(const std::vector<BoundValue>& values, size_t fields, size_t rows)
+      : values_(values), fields_(fields), rows_(rows) {}
+
+  const BoundValue* Next() override {
+    return next_ == rows_ ? nullptr : values_.data() + next_++ * fields_;
+  }
+
+ private:
+  const std::vector<BoundValue>& values_;
+  size_t fields_;
+  size_t rows_;
+  size_t next_ = 0;
+};
+
+}  // namespace
+
 RowBatch::RowBatch(RowSink& sink, const std::string& row_id_column, bool guess_row_ids)
     : sink_(sink), guess_row_ids_(guess_row_ids) {
   for (uint32_t i = 0; i < sink.field_count(); ++i) {
@@ -29,7 +49,8 @@ void RowBatch::Flush() {
       }
     });
   }
-  for (size_t row = 0; row < hints_.size(); ++row) sink_.Save(values_.data() + row * fields);
+  BatchRows rows(values_, fields, hints_.size());
+  sink_.SaveAll(rows);
   Drop();
 }
 

@@ -41,6 +41,7 @@ void ScanSqlite::SaveCarvedRows(TablePasses& table, const RunPass& run_pass) {
   SqliteStatement insert;
   insert.Prepare(storager_->handle(), MakeInsertSql(table.table->table_name, *table.fields));
   RowSink sink(*table.fields, insert, KeysOf(table.table->table_name), table.number);
+  sink.UseFeed(storager_->handle(), table.table->table_name);
   RowBatch rows(sink, table.row_id_column, table.guess_row_ids);
   storager_->Execute("BEGIN");
   for (const auto& pass : table.passes) {

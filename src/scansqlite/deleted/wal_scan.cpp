@@ -28,7 +28,7 @@ int32_t ScanSqlite::DeleteScanSqliteWalFile() {
     return kScanFileBufferFailed;
   }
   std::vector<uint8_t> frames;
-  if (!ReadWholeFile(working_wal_path_, frames)) {
+  if (!ReadWholeFile(working_wal_path_, frames, kSieveOverhang)) {
     LogEx(kLogModule, kLogError, "Load file error! File : %s, Function : %s, Line : %d, ",
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;

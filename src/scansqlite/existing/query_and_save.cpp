@@ -39,31 +39,39 @@ bool ColumnsAreFields(const SqliteStatement& query, const TableFields& fields) {
   return true;
 }
 
-// The current row of a query on its way into the result.
-class RowCopy {
+// The rows of a query on their way into the result, until the scan is to stop.
+class RowCopy : public RowSource {
  public:
-  RowCopy(const SqliteStatement& query, TableFields& fields, RowSink& sink)
-      : query_(query), fields_(fields), sink_(sink), by_place_(ColumnsAreFields(query, fields)) {}
+  RowCopy(SqliteStatement& query, TableFields& fields)
+      : query_(query), fields_(fields), by_place_(ColumnsAreFields(query, fields)) {}
 
-  void SaveCurrentRow() {
+  const BoundValue* Next() override {
+    query_.Step();
+    if (query_.result() != SQLITE_ROW) return nullptr;
+    if (ReadScanControl() == kScanStopped) {
+      LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::GetNeedQueryTableInfo");
+      was_stopped_ = true;
+      return nullptr;
+    }
     values_.clear();
     if (by_place_) {
       for (size_t i = 0; i < fields_.size(); ++i) {
         values_.push_back(BindColumn(query_, static_cast<int>(i), fields_[i]));
       }
-      sink_.Save(values_.data());
-      return;
+    } else {
+      row_ = ReadRow(query_, fields_);
+      BindRowValue(fields_, row_, values_);
     }
-    const RowValue row = ReadRow(query_, fields_);
-    BindRowValue(fields_, row, values_);
-    sink_.Save(values_.data());
+    return values_.data();
   }
+  bool was_stopped() const { return was_stopped_; }
 
  private:
-  const SqliteStatement& query_;
+  SqliteStatement& query_;
   TableFields& fields_;
-  RowSink& sink_;
   bool by_place_;
+  bool was_stopped_ = false;
+  RowValue row_;
   std::vector<BoundValue> values_;
 };
 
@@ -99,17 +107,11 @@ int ScanSqlite::GetNeedQueryTableInfo(SqliteStatement& query, const std::string&
   SqliteStatement insert;
   insert.Prepare(storager_->handle(), MakeInsertSql(table_name, *fields));
   RowSink sink(*fields, insert, KeysOf(table_name), TableNumber(table_name));
-  RowCopy copy(query, *fields, sink);
+  sink.UseFeed(storager_->handle(), table_name);
+  RowCopy copy(query, *fields);
   storager_->Execute("BEGIN");
-  query.Step();
-  while (query.result() == SQLITE_ROW) {
-    if (ReadScanControl() == kScanStopped) {
-      LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::GetNeedQueryTableInfo");
-      return kScanSucceeded;
-    }
-    copy.SaveCurrentRow();
-    query.Step();
-  }
+  sink.SaveAll(copy);
+  if (copy.was_stopped()) return kScanSucceeded;
   storager_->Execute("COMMIT");
   return kScanSucceeded;
 }

@@ -31,8 +31,8 @@ struct Avx2Level {
 
   // The shuffle takes a byte's lower half by itself, and gives 0 for bytes from 128 on.
   static uint64_t Members(const Block& block, const NibbleSet& set) {
-    const __m256i rows = _mm256_broadcastsi128_si256(
-        _mm_loadu_si128(reinterpret_cast<const __m128i*>(set.rows)));
+    const __m256i rows =
+        _mm256_broadcastsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(set.rows)));
     return ~Gather([&](int i) {
       const __m256i row = _mm256_shuffle_epi8(rows, block.bytes[i]);
       return _mm256_cmpeq_epi8(_mm256_and_si256(row, block.row_bits[i]), _mm256_setzero_si256());

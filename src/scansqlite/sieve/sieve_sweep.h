@@ -103,7 +103,7 @@ class SieveState {
   // Behind the last block anything may stand.
   void Begin(const HeaderSieve& sieve) {
     sieve_ = &sieve;
-    for (uint64_t& word : behind_) word = ~uint64_t{0};
+    for (size_t k = 0; k < sieve.depth; ++k) behind_[k] = ~uint64_t{0};
     anchor_behind_ = ~uint64_t{0};
     zeros_behind_ = 0;
     alive_behind_ = true;
@@ -155,7 +155,8 @@ class SieveState {
     return alive;
   }
 
-  // Drops positions from which on `null_run` bytes are 0.
+  // Drops positions from which on `null_run` bytes are 0, as far as the run reaches the end of the
+  // block; shorter runs are few positions and go to the full test.
   uint64_t WithoutNullRuns(BlockWords<Level>& block, uint64_t alive) {
     if (sieve_->null_run == 0) return alive;
     const uint64_t zeros = block.Zeros();
@@ -171,11 +172,12 @@ class SieveState {
     return alive & ~mask;
   }
 
-  const HeaderSieve* sieve_ = nullptr;
-  uint64_t behind_[kMaxJoinedColumns] = {};  // what was alive in the block behind, by column
-  uint64_t anchor_behind_ = ~uint64_t{0};   // its members of the anchor's set
-  uint64_t zeros_behind_ = 0;               // zero bytes from its beginning on
-  bool alive_behind_ = false;
+  // Begin sets what is used: a page has few blocks, and most states are none of its.
+  const HeaderSieve* sieve_;
+  uint64_t behind_[kMaxJoinedColumns];  // what was alive in the block behind, by column
+  uint64_t anchor_behind_;              // its members of the anchor's set
+  uint64_t zeros_behind_;               // zero bytes from its beginning on
+  bool alive_behind_;
 };
 
 template <typename Level>

@@ -51,10 +51,9 @@ class Layout {
       if (!dice.Chance(percent)) continue;
       const int64_t low = dice.Pick<int64_t>({0, 0, 0, -100, 3, -70000, INT64_MIN});
       const int64_t high = dice.Pick<int64_t>({60, 100, 255, 100000, int64_t{1} << 42, INT64_MAX});
-      FieldFeature feature =
-          hand_made::Feature(static_cast<int32_t>(i), dice.Pick({0, 0, 1, 2, 2, 3, 4}),
-                             dice.Pick({-1, 0, 1, 2, 2, 3, 3, 7}), low, high,
-                             dice.Pick({0, 0, 0, 1, 1, -1, 2}));
+      FieldFeature feature = hand_made::Feature(
+          static_cast<int32_t>(i), dice.Pick({0, 0, 1, 2, 2, 3, 4}),
+          dice.Pick({-1, 0, 1, 2, 2, 3, 3, 7}), low, high, dice.Pick({0, 0, 0, 1, 1, -1, 2}));
       if (dice.Chance(25)) feature.item_range = ParseByteSet("0x20~0xF7");
       if (dice.Chance(10)) feature.item_not_exist_value = ParseByteSet("'e'");
       map.emplace(feature.column_index, feature);
@@ -77,9 +76,27 @@ class Layout {
 inline hand_made::DiskValue ValueOf(Dice& dice, const SerialTypeSet& set) {
   hand_made::DiskValue value;
   for (int tries = 0; tries < 12; ++tries) {
-    value.serial_type = dice.Pick<uint64_t>(
-        {0, 1, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 13, 15, 23, 29, 12, 16, 14 + dice.Below(100),
-         100 + dice.Below(200), 13 + 2 * dice.Below(20)});
+    value.serial_type = dice.Pick<uint64_t>({0,
+                                             1,
+                                             1,
+                                             2,
+                                             3,
+                                             4,
+                                             5,
+                                             6,
+                                             7,
+                                             8,
+                                             9,
+                                             10,
+                                             13,
+                                             15,
+                                             23,
+                                             29,
+                                             12,
+                                             16,
+                                             14 + dice.Below(100),
+                                             100 + dice.Below(200),
+                                             13 + 2 * dice.Below(20)});
     if (set.Has(value.serial_type)) break;
   }
   const size_t length = hand_made::Cell(value.serial_type).payload_length;

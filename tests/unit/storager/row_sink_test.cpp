@@ -114,16 +114,17 @@ RowValue RandomRow(Dice& dice, const TableFields& fields) {
             {"", "1", "1.0", "a", "A", "abc", std::string(200, 'x'), std::string("a\0b", 3)});
         break;
       case 1:
-        row.integer_values[name] = dice.Pick<int64_t>({0, 1, -1, 65, 300, INT64_MIN, INT64_MAX - 1000000});
+        row.integer_values[name] =
+            dice.Pick<int64_t>({0, 1, -1, 65, 300, INT64_MIN, INT64_MAX - 1000000});
         break;
       case 2:
-        row.real_values[name] = dice.Pick<double>(
-            {0.0, -0.0, 1.0, 0.5, 1e300, std::numeric_limits<double>::infinity(),
-             std::numeric_limits<double>::quiet_NaN(), 9223372036854775808.0});
+        row.real_values[name] =
+            dice.Pick<double>({0.0, -0.0, 1.0, 0.5, 1e300, std::numeric_limits<double>::infinity(),
+                               std::numeric_limits<double>::quiet_NaN(), 9223372036854775808.0});
         break;
       case 3:
-        row.blob_values[name] = dice.Pick<std::vector<uint8_t>>(
-            {{}, {0}, {'a'}, {'1'}, std::vector<uint8_t>(300, 7)});
+        row.blob_values[name] =
+            dice.Pick<std::vector<uint8_t>>({{}, {0}, {'a'}, {'1'}, std::vector<uint8_t>(300, 7)});
         break;
       default:
         if (dice.Chance(30)) break;  // NULL
@@ -160,23 +161,34 @@ TEST(RowSinkTest, RowsAreThoseOfSavingOneByOne) {
 
 const TableFields kNumbers = {{1, 0, "n", "INTEGER"}, {0, 2, "body", "TEXT"}};
 
-RowValue NumberRow(int64_t number, size_t length = 5) {
+RowValue NumberRow(int64_t number, const std::string& body) {
   RowValue row;
   row.integer_values["n"] = number;
-  row.text_values["body"] = std::string(length, 'b');
+  row.text_values["body"] = body;
   return row;
+}
+
+// A constraint of the declared type puts rows out again, whose keys are free then.
+TEST(RowSinkTest, ARowThatAnotherOneReplacedMayComeBack) {
+  TwoResults results({{1, 0, "n", "INTEGER"}, {0, 2, "body", "TEXT UNIQUE ON CONFLICT REPLACE"}},
+                     1 << 20);
+  results.Save(NumberRow(1, "same"));
+  results.Save(NumberRow(2, "same"));
+  results.Save(NumberRow(1, "same"));
+  EXPECT_EQ(results.SavedRows(), (std::vector<std::string>{"3|1integer|'same'text"}));
+  EXPECT_EQ(results.SinkRows(), results.SavedRows());
 }
 
 TEST(RowSinkTest, ATransactionThatAnInterruptUndidIsForgotten) {
   TwoResults results(kNumbers, 1 << 20);
   results.Execute("BEGIN");
-  for (int64_t n = 0; n < 100; ++n) results.Save(NumberRow(n));
+  for (int64_t n = 0; n < 100; ++n) results.Save(NumberRow(n, "b"));
   results.Interrupt(true);
-  results.Save(NumberRow(1000));
+  results.Save(NumberRow(1000, "b"));
   results.Interrupt(false);
   EXPECT_TRUE(results.SavedRows().empty());
-  for (int64_t n = 50; n < 150; ++n) results.Save(NumberRow(n));
-  for (int64_t n = 50; n < 150; ++n) results.Save(NumberRow(n));
+  for (int64_t n = 50; n < 150; ++n) results.Save(NumberRow(n, "b"));
+  for (int64_t n = 50; n < 150; ++n) results.Save(NumberRow(n, "b"));
   EXPECT_EQ(results.SavedRows().size(), 100U);
   EXPECT_EQ(results.SinkRows(), results.SavedRows());
 }
@@ -186,7 +198,8 @@ TEST(RowSinkTest, AFullDatabaseHoldsTheSameRows) {
   results.Execute("PRAGMA max_page_count=12");
   for (int round = 0; round < 3; ++round) {
     results.Execute("BEGIN");
-    for (int64_t n = 0; n < 200; ++n) results.Save(NumberRow(n % 90, n % 7 == 0 ? 3000 : 100));
+    for (int64_t n = 0; n < 200; ++n)
+      results.Save(NumberRow(n % 90, std::string(n % 7 == 0 ? 3000 : 100, 'b')));
     results.Execute("COMMIT");
     EXPECT_EQ(results.SinkRows(), results.SavedRows()) << round;
   }
@@ -206,7 +219,7 @@ TEST(RowSinkTest, KeysOfOtherTablesAreOthers) {
     SqliteStatement insert;
     insert.Prepare(storager->handle(), MakeInsertSql(number == 1 ? "one" : "two", kNumbers));
     RowSink sink(kNumbers, insert, &keys, number);
-    const RowValue row = NumberRow(7);
+    const RowValue row = NumberRow(7, "b");
     std::vector<BoundValue> values;
     BindRowValue(kNumbers, row, values);
     sink.Save(values.data());
@@ -226,7 +239,7 @@ TEST(RowSinkTest, WithoutATableNothingHappens) {
   insert.Prepare(storager->handle(), MakeInsertSql("missing", kNumbers));
   SavedKeys keys(1 << 20);
   RowSink sink(kNumbers, insert, &keys, 1);
-  const RowValue row = NumberRow(7);
+  const RowValue row = NumberRow(7, "b");
   std::vector<BoundValue> values;
   BindRowValue(kNumbers, row, values);
   sink.Save(values.data());

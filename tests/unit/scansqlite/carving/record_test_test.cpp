@@ -34,6 +34,7 @@ std::string Printed(const BoundValue& value) {
 
 std::vector<std::string> Printed(const std::vector<BoundValue>& values) {
   std::vector<std::string> texts;
+  texts.reserve(values.size());
   for (const BoundValue& value : values) texts.push_back(Printed(value));
   return texts;
 }
@@ -185,11 +186,10 @@ TEST(RecordTestTest, RealMessages) {
     const auto index = static_cast<int32_t>(fields.size());
     candidate.columns.push_back(hand_made::Column(column.at(1), is_text ? 3 : 0, is_key));
     fields.push_back({0, is_text ? 2 : 0, column.at(1), ""});
-    result_fields.Insert(column.at(1), hand_made::ResultField(column.at(1), is_text ? 2 : 0, index,
-                                                              is_key ? 1 : 0));
+    result_fields.Insert(
+        column.at(1), hand_made::ResultField(column.at(1), is_text ? 2 : 0, index, is_key ? 1 : 0));
   }
-  const DbHeaderInfo header =
-      hand_made::Header(1024, static_cast<uint32_t>(bytes.size() / 1024));
+  const DbHeaderInfo header = hand_made::Header(1024, static_cast<uint32_t>(bytes.size() / 1024));
   const FeatureMaps features(1);
   CarveLayout layout;
   layout.header = &header;
@@ -218,7 +218,7 @@ class OneColumnInTwoMaps : public testing::Test {
   // Whether a record with this value is accepted. The fast test may leave that to the general one,
   // but must not say otherwise.
   bool IsAccepted(const hand_made::DiskValue& value) {
-    Bytes bytes(512 * 4, 0);
+    Bytes bytes(2048, 0);
     hand_made::Put(bytes, 700, hand_made::LeafCell(5, {value, hand_made::Int16Value(7)}));
     Tests tests(layout_, fields_, bytes);
     const RecordPlan plan = MakeRecordPlan(layout_, fields_, SetDepth::kValues);

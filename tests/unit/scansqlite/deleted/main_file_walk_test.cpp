@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "support/log_capture.h"
-#include "unit/scansqlite/hand_made.h"
 #include "support/scan_sqlite_probe.h"
+#include "unit/scansqlite/hand_made.h"
 
 namespace {
 

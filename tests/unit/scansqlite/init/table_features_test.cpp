@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "unit/scansqlite/hand_made.h"
 #include "support/scan_sqlite_probe.h"
+#include "unit/scansqlite/hand_made.h"
 
 namespace {
 

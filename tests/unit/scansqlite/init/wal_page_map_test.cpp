@@ -6,8 +6,8 @@
 #include <cstring>
 
 #include "support/log_capture.h"
-#include "unit/scansqlite/hand_made.h"
 #include "support/scan_sqlite_probe.h"
+#include "unit/scansqlite/hand_made.h"
 
 #define VEXA_PAGE_MAP_SYMBOL \
   "_ZN10ScanSqlite17GetWALFilePageMapENSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE"

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "support/log_capture.h"
-#include "support/temp_folder.h"
 #include "support/scan_sqlite_probe.h"
+#include "support/temp_folder.h"
 
 namespace {
 

@@ -193,6 +193,26 @@ std::vector<SerialTypeSet> AnythingIn(size_t width) {
   return std::vector<SerialTypeSet>(width, any);
 }
 
+// The sieve looks one block ahead. What a serial type on the last byte of that block goes on with
+// is not seen, and the position stays alive.
+TEST_F(HeaderSieveTest, AHeaderMayRunOutOfSight) {
+  std::vector<SerialTypeSet> sets = AnythingIn(9);
+  sets[7].long_text = sets[7].long_blob = false;
+  sets[8].short_types = {};
+  sets[8].long_blob = false;  // a long text, nothing else
+  ASSERT_EQ(plan_.Add(sets, 0, 9), 0);
+  ASSERT_EQ(plan_.sieves[0].depth, 9U);
+  // Seven varints of nine bytes, one of a byte, and one that ends out of sight.
+  Bytes bytes(kSieveBlock + kSieveOverhang, 0x0A);
+  hand_made::Put(bytes, 63, Bytes(63, 0x81));
+  hand_made::Put(bytes, 127, {0x81, 0x01});
+  for (const SieveLevel level : Levels()) {
+    const Bits found = Survivors(plan_, level, bytes, 0, kSieveBlock, 0);
+    EXPECT_TRUE(found[63]);
+    EXPECT_FALSE(found[10]);
+  }
+}
+
 TEST_F(HeaderSieveTest, LongRunsOfNullsAreDropped) {
   ASSERT_EQ(plan_.Add(AnythingIn(5), 0, 5), 0);
   ASSERT_EQ(plan_.sieves[0].null_run, 5U);

@@ -98,6 +98,36 @@ TEST(SerialTypeSetTest, LimitsDropOnlyTypesThatNoValueCanSave) {
   EXPECT_GT(dropped, 500U);
 }
 
+// The serial types of integers that some number from `min` to `max` can have.
+std::vector<uint64_t> IntegerTypes(int64_t min, int64_t max) {
+  Dice dice(1);
+  Layout layout(dice, hand_made::Header(1024, 9));
+  layout.features = {
+      hand_made::FeaturesOf({hand_made::Feature(0, kFieldInteger, kFieldNone, min, max, 1)})};
+  layout.layout.columns.assign(1, ColumnRule{false, {true, true, true, true, true}});
+  const SerialTypeSet set = MakeSerialTypeSets(layout.layout, SetDepth::kValues).at(0);
+  std::vector<uint64_t> types;
+  for (uint64_t type = 1; type <= 6; ++type) {
+    if (set.Has(type)) types.push_back(type);
+  }
+  return types;
+}
+
+TEST(SerialTypeSetTest, IntegersUpToTheirLastNumber) {
+  using Types = std::vector<uint64_t>;
+  EXPECT_EQ(IntegerTypes(127, 127), (Types{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(IntegerTypes(-128, -128), (Types{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(IntegerTypes(128, 32767), (Types{2, 3, 4, 5, 6}));
+  EXPECT_EQ(IntegerTypes(32767, 32767), (Types{2, 3, 4, 5, 6}));
+  EXPECT_EQ(IntegerTypes(32768, 40000), (Types{3, 4, 5, 6}));
+  EXPECT_EQ(IntegerTypes(-32769, -32769), (Types{3, 4, 5, 6}));
+  EXPECT_EQ(IntegerTypes(0x7FFFFFFF, 0x7FFFFFFF), (Types{4, 5, 6}));
+  EXPECT_EQ(IntegerTypes(0x80000000, 0x80000000), (Types{5, 6}));
+  EXPECT_EQ(IntegerTypes(0x7FFFFFFFFFFF, 0x7FFFFFFFFFFF), (Types{5, 6}));
+  EXPECT_EQ(IntegerTypes(0x800000000000, INT64_MAX), (Types{6}));
+  EXPECT_EQ(IntegerTypes(9, 8), Types{});
+}
+
 TEST(SerialTypeSetTest, ADateOfMillisecondsIsSixOrEightBytes) {
   Dice dice(1);
   Layout layout(dice, hand_made::Header(1024, 9));
