@@ -86,18 +86,19 @@ Verdict RecordTest::ReadHeader(const ByteView& view, uint64_t position) {
   uint32_t flags = 0;
   uint64_t body_bytes = 0;
   reaches_end_ = is_too_long_ = holds_value_ = false;
+  const size_t width = plan_.width;
+  const RecordPlan::ShortCells* const cells = plan_.short_cells.data();
+  RecordValue* const values = values_.data();
   size_t column = plan_.first;
-  for (; column < plan_.width; ++column) {
-    if (at == end) {
-      reaches_end_ = reaches_end_ || view.end != view.source_size;
-      break;
-    }
-    RecordValue& value = values_[column];
-    if (*at < 0x80) {
-      const uint8_t cell = plan_.short_cells[column][*at];
+  for (; column < width && at != end; ++column) {
+    RecordValue& value = values[column];
+    const uint8_t byte = *at;
+    if (byte < 0x80) {
+      const uint8_t cell = cells[column][byte];
       if ((cell & RecordPlan::kRefused) != 0) break;
+      ++at;
       flags |= cell;
-      value.serial_type = *at++;
+      value.serial_type = byte;
       value.length = cell & RecordPlan::kLengthBits;
     } else if (!ReadLongCell(view, at, column)) {
       break;
@@ -105,6 +106,7 @@ Verdict RecordTest::ReadHeader(const ByteView& view, uint64_t position) {
     value.place = static_cast<uint32_t>(body_bytes);
     body_bytes += value.length;
   }
+  reaches_end_ = reaches_end_ || (at == end && column < width && view.end != view.source_size);
   count_ = column;
   if (reaches_end_) return Verdict::kOpen;
   if (count_ < plan_.required) return Verdict::kMiss;
