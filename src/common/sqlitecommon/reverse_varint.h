@@ -43,8 +43,8 @@ struct MemoryBytes {
 // in 32-bit arithmetic and the sum of the sign-extended groups is kept, so a longer row id comes
 // out as another number. Returns how many bytes were taken.
 //
-// `Source` gives `uint8_t ReadByte(uint64_t)`, `Varints` is HeadVarints or a vector. A negative position becomes a huge offset, which
-// each source answers with 0.
+// `Source` gives `uint8_t ReadByte(uint64_t)`, `Varints` is HeadVarints or a vector. A negative
+// position becomes a huge offset, which each source answers with 0.
 template <typename Source, typename Varints>
 int32_t ReadVarintsBackward(Source& source, int32_t start, int32_t limit, Varints& out) {
   int32_t taken = 0;

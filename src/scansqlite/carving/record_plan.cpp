@@ -46,12 +46,14 @@ bool ReadsText(const FieldFeature& feature) {
 std::vector<ValueCheck> MergeChecks(const FeatureMaps& features) {
   std::vector<ValueCheck> checks;
   for (const FeatureMap& map : features) {
-    for (const auto& [column, feature] : map) {
+    for (const auto& entry : map) {
+      const FieldFeature& feature = entry.second;
       const bool is_known = std::any_of(checks.begin(), checks.end(), [&](const ValueCheck& check) {
         return SameCheck(*check.feature, feature);
       });
       if (!is_known) {
-        checks.push_back({static_cast<uint32_t>(column), &feature, RefusedBytes(feature), false});
+        checks.push_back(
+            {static_cast<uint32_t>(entry.first), &feature, RefusedBytes(feature), false});
       }
     }
   }

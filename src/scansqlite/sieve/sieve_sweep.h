@@ -19,11 +19,11 @@
 
 namespace {
 
-unsigned LeadingOnes(uint64_t word) {
+inline unsigned LeadingOnes(uint64_t word) {
   return ~word == 0 ? 64 : static_cast<unsigned>(__builtin_clzll(~word));
 }
 
-unsigned TrailingOnes(uint64_t word) {
+inline unsigned TrailingOnes(uint64_t word) {
   return ~word == 0 ? 64 : static_cast<unsigned>(__builtin_ctzll(~word));
 }
 
@@ -93,7 +93,7 @@ class BlockWords {
 __extension__ using TwoWords = unsigned __int128;
 
 // All shifts by 2 to 9 together, each step doubling how many there are.
-uint64_t AnyShiftFrom2(const WordPair& alive) {
+inline uint64_t AnyShiftFrom2(const WordPair& alive) {
   TwoWords word = (TwoWords{alive.behind} << 64 | alive.here) >> 2;
   word |= word >> 1;
   word |= word >> 2;
@@ -102,7 +102,7 @@ uint64_t AnyShiftFrom2(const WordPair& alive) {
 }
 
 // The same by 3 to 9.
-uint64_t AnyShiftFrom3(const WordPair& alive) {
+inline uint64_t AnyShiftFrom3(const WordPair& alive) {
   TwoWords word = (TwoWords{alive.behind} << 64 | alive.here) >> 3;
   word |= word >> 1;
   word |= word >> 2;
