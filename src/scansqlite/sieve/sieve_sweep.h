@@ -41,7 +41,7 @@ template <typename Level>
 class BlockWords {
  public:
   BlockWords(const NibbleSet* sets, const uint8_t* bytes)
-      : sets_(sets), block_(Level::Load(bytes)) {
+      : block_(Level::Load(bytes)), sets_(sets) {
     high_ = Level::HighBits(block_);
     odd_ = Level::OddBytes(block_);
   }
@@ -82,8 +82,8 @@ class BlockWords {
   uint64_t padded = 0;
 
  private:
-  const NibbleSet* sets_;
   typename Level::Block block_;
+  const NibbleSet* sets_;
   uint64_t high_ = 0;
   uint64_t odd_ = 0;
   uint64_t known_ = 0;
