@@ -71,7 +71,7 @@ class Rows {
 
   void Save(SavedKeys* keys) {
     RowSink sink(fields_, insert_, keys, 1);
-    for (size_t row = 0; row < count_; ++row) sink.Save(values_.data() + row * fields_.size());
+    for (size_t row = 0; row < count_; ++row) sink.SaveRow(values_.data() + row * fields_.size());
   }
 
   int64_t count() const { return static_cast<int64_t>(count_); }

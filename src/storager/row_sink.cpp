@@ -92,7 +92,7 @@ class RowSink::NewRows : public RowSource {
 
 void RowSink::SaveAll(RowSource& rows) {
   if (feed_ == nullptr) {
-    while (const BoundValue* row = rows.Next()) Save(row);
+    while (const BoundValue* row = rows.Next()) SaveRow(row);
     return;
   }
   NewRows new_rows(*this, rows);
@@ -151,7 +151,7 @@ void RowSink::Bind(int index, const BoundValue& value) {
   }
 }
 
-void RowSink::Save(const BoundValue* values) {
+void RowSink::SaveRow(const BoundValue* values) {
   if (insert_.handle() == nullptr) return;
   const bool has_key = keys_ != nullptr && MakeKey(values);
   if (has_key && keys_->Contains(key_)) return;

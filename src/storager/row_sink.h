@@ -12,8 +12,8 @@
 #include "storager/saved_keys.h"
 
 // Where the rows of one table go: its insert statement, a feed for many rows at a time, and the
-// keys that already went through it. Has the effect of SaveRow on every row. Borrows all that it is
-// given.
+// keys that already went through it. A row that the unique index refuses is dropped without a
+// word. Borrows all that it is given.
 class RowSink {
  public:
   // `keys` may be null; `table_number` keeps the keys of different tables apart.
@@ -24,7 +24,7 @@ class RowSink {
   void UseFeed(sqlite3* connection, const std::string& table_name);
 
   // Saves one row: a value for each field, in order.
-  void Save(const BoundValue* values);
+  void SaveRow(const BoundValue* values);
 
   // Saves rows until the source ends.
   void SaveAll(RowSource& rows);
@@ -48,6 +48,6 @@ class RowSink {
   std::vector<uint8_t> key_;
 };
 
-// The values of a row in the order of the fields, each of the kind that SaveRow would bind. They
+// The values of a row in the order of the fields, of the kind that the row has them. They
 // point into the row.
 void BindRowValue(const TableFields& fields, const RowValue& row, std::vector<BoundValue>& out);

@@ -55,9 +55,9 @@ void ReadResult(const std::string& path, ScanResult& result) {
 ScanRunner::ScanRunner(const std::string& config_path, std::string folder)
     : folder_(std::move(folder)) {
   fs::remove_all(folder_);
-  fs::create_directories(folder_ + "/work");
-  fs::copy_file(config_path, folder_ + "/work/VexaConfiger.db");
-  InitSqliteSDK((folder_ + "/log").c_str(), (folder_ + "/work").c_str());
+  fs::create_directories(ConfigFolder());
+  fs::copy_file(config_path, ConfigPath());
+  InitSqliteSDK((folder_ + "/log").c_str(), (ConfigFolder()).c_str());
 }
 
 ScanRunner::~ScanRunner() {
@@ -98,7 +98,7 @@ ScanResult ScanRunner::Scan(const std::string& system, const std::string& data_t
 }
 
 RowIdColumns ScanRunner::RowIds(const std::string& system, const std::string& data_type) const {
-  Database db(folder_ + "/work/VexaConfiger.db");
+  Database db(ConfigPath());
   RowIdColumns columns;
   for (const Row& row :
        db.Rows("SELECT table_name, field_name FROM result_field_info WHERE is_row_id_field = 1"
@@ -111,7 +111,7 @@ RowIdColumns ScanRunner::RowIds(const std::string& system, const std::string& da
 
 bool ScanRunner::Covers(const std::string& system, const std::string& data_type,
                         const std::string& table) const {
-  Database db(folder_ + "/work/VexaConfiger.db");
+  Database db(ConfigPath());
   return db.Number("SELECT count(*) FROM scan_table_info WHERE system_type = " + SqlText(system) +
                    " AND data_type = " + SqlText(data_type) +
                    (table.empty() ? "" : " AND table_name = " + SqlText(table))) > 0;

@@ -43,6 +43,9 @@ class ScanRunner {
               const std::string& table = "") const;
 
  private:
+  std::string ConfigFolder() const { return folder_ + "/config"; }
+  std::string ConfigPath() const { return ConfigFolder() + "/VexaConfiger.db"; }
+
   std::string folder_;
 };
 

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "common/common/scan_control.h"
-#include "storager/save_row.h"
+#include "reference/save_row.h"
 
 namespace plain_walk {
 

@@ -3,9 +3,9 @@
 #include "common/common/log.h"
 #include "common/common/scan_control.h"
 #include "common/common/source_path.h"
+#include "reference/save_row.h"
 #include "scansqlite/existing/read_column.h"
 #include "storager/column_lists.h"
-#include "storager/save_row.h"
 
 namespace {
 

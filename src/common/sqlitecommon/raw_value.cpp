@@ -70,24 +70,22 @@ std::string RawValueAsText(std::vector<RawValue>& values, int32_t index) {
   return {reinterpret_cast<const char*>(bytes), kept};
 }
 
-int64_t RawValueAsInteger(const std::vector<RawValue>& values, int32_t index) {
-  const RawValue* value = ValueAt(values, index);
-  if (value == nullptr || value->IsEmpty()) return 0;
-  uint64_t number = (value->bytes[0] & 0x80U) != 0 ? ~uint64_t{0} : 0;
-  for (int32_t i = 0; i < value->length; ++i) {
-    number = (number << 8) + value->bytes[static_cast<size_t>(i)];
+int64_t BytesAsInteger(const uint8_t* bytes, uint32_t length) {
+  if (length == 8) {
+    return static_cast<int64_t>(uint64_t{BigEndian32(bytes[0], bytes[1], bytes[2], bytes[3])}
+                                    << 32 |
+                                BigEndian32(bytes[4], bytes[5], bytes[6], bytes[7]));
   }
+  uint64_t number = (bytes[0] & 0x80U) != 0 ? ~uint64_t{0} : 0;
+  for (uint32_t i = 0; i < length; ++i) number = (number << 8) + bytes[i];
   return static_cast<int64_t>(number);
 }
 
-double RawValueAsReal(const std::vector<RawValue>& values, int32_t index) {
-  const RawValue* value = ValueAt(values, index);
-  if (value == nullptr || value->IsEmpty()) return 0.0;
-  const uint8_t* b = value->bytes.get();
-  switch (value->length) {
+double BytesAsReal(const uint8_t* b, uint32_t length) {
+  switch (length) {
     case 1:
     case 2:
-      return static_cast<double>(RawValueAsInteger(values, index));
+      return static_cast<double>(BytesAsInteger(b, length));
     case 4:
       return static_cast<double>(std::bit_cast<float>(BigEndian32(b[0], b[1], b[2], b[3])));
     case 8:
@@ -96,6 +94,18 @@ double RawValueAsReal(const std::vector<RawValue>& values, int32_t index) {
     default:
       return 0.0;
   }
+}
+
+int64_t RawValueAsInteger(const std::vector<RawValue>& values, int32_t index) {
+  const RawValue* value = ValueAt(values, index);
+  if (value == nullptr || value->IsEmpty()) return 0;
+  return BytesAsInteger(value->bytes.get(), static_cast<uint32_t>(std::max(value->length, 0)));
+}
+
+double RawValueAsReal(const std::vector<RawValue>& values, int32_t index) {
+  const RawValue* value = ValueAt(values, index);
+  if (value == nullptr || value->IsEmpty()) return 0.0;
+  return BytesAsReal(value->bytes.get(), static_cast<uint32_t>(std::max(value->length, 0)));
 }
 
 std::string RawValueAsUtf16Text(const std::vector<RawValue>& values, int32_t index) {

@@ -30,6 +30,11 @@ uint32_t Utf8SequenceLength(uint8_t lead);
 // length stays: a second reading sees the stale tail behind them.
 std::string RawValueAsText(std::vector<RawValue>& values, int32_t index);
 
+// The numbers of RawValueAsInteger and RawValueAsReal for `length` bytes, of which there is at
+// least one.
+int64_t BytesAsInteger(const uint8_t* bytes, uint32_t length);
+double BytesAsReal(const uint8_t* bytes, uint32_t length);
+
 // The value as a number by its length alone: 1 and 2 bytes are integers, 4 an IEEE 754 single, 8
 // a double, all big-endian; any other length, an absent and an empty value give 0.0.
 double RawValueAsReal(const std::vector<RawValue>& values, int32_t index);

@@ -1,5 +1,6 @@
 #include "scansqlite/carving/record_test.h"
 
+#include "common/sqlitecommon/raw_value.h"
 #include "scansqlite/carving/cell_head.h"
 #include "scansqlite/carving/position_test.h"
 #include "scansqlite/carving/value_check.h"
@@ -210,14 +211,14 @@ bool RecordTest::BuildValue(const FieldSource& source, const RowIdHint& hint, Bo
   if (value != nullptr && is_empty && value->storage_class != kClassText) return true;
   switch (source.field_type) {
     case kFieldInteger:
-      out = BoundValue::Integer(is_empty ? 0 : NumberOf(value->bytes, value->length));
+      out = BoundValue::Integer(is_empty ? 0 : BytesAsInteger(value->bytes, value->length));
       return true;
     case kFieldReal:
       if (value == nullptr) return true;
       if (value->storage_class == kClassInteger) {
-        out = BoundValue::Integer(NumberOf(value->bytes, value->length));
+        out = BoundValue::Integer(BytesAsInteger(value->bytes, value->length));
       } else if (value->storage_class == kClassReal) {
-        out = BoundValue::Real(RealOf(value->bytes, value->length));
+        out = BoundValue::Real(BytesAsReal(value->bytes, value->length));
       }
       return true;
     case kFieldText:

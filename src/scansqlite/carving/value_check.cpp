@@ -1,9 +1,7 @@
 #include "scansqlite/carving/value_check.h"
 
-#include <bit>
 #include <cstring>
 
-#include "common/sqlitecommon/big_endian.h"
 #include "common/sqlitecommon/raw_value.h"
 
 namespace {
@@ -48,7 +46,7 @@ Verdict VerdictOf(bool passes) { return passes ? Verdict::kHit : Verdict::kMiss;
 
 bool CheckInteger(const FieldFeature& feature, const RecordValue& value) {
   if (IsNull(value)) return feature.is_not_null != 1;
-  const int64_t number = value.length == 0 ? 0 : NumberOf(value.bytes, value.length);
+  const int64_t number = value.length == 0 ? 0 : BytesAsInteger(value.bytes, value.length);
   for (const ValueRange& range : feature.value_ranges) {
     if (range.min > number || number > range.max) return false;
   }
@@ -57,7 +55,7 @@ bool CheckInteger(const FieldFeature& feature, const RecordValue& value) {
 
 bool CheckReal(const FieldFeature& feature, const RecordValue& value) {
   if (IsNull(value)) return feature.is_not_null != 1;
-  const double number = value.length == 0 ? 0.0 : RealOf(value.bytes, value.length);
+  const double number = value.length == 0 ? 0.0 : BytesAsReal(value.bytes, value.length);
   for (const ValueRange& range : feature.value_ranges) {
     if (!(number >= static_cast<double>(range.min))) return false;
     if (number > static_cast<double>(range.max)) return false;
@@ -113,32 +111,6 @@ Verdict CheckAs(int32_t field_type, const ValueCheck& check, const RecordValue& 
 }
 
 }  // namespace
-
-int64_t NumberOf(const uint8_t* bytes, uint32_t length) {
-  if (length == 8) {
-    return static_cast<int64_t>(uint64_t{BigEndian32(bytes[0], bytes[1], bytes[2], bytes[3])}
-                                    << 32 |
-                                BigEndian32(bytes[4], bytes[5], bytes[6], bytes[7]));
-  }
-  uint64_t number = (bytes[0] & 0x80U) != 0 ? ~uint64_t{0} : 0;
-  for (uint32_t i = 0; i < length; ++i) number = (number << 8) + bytes[i];
-  return static_cast<int64_t>(number);
-}
-
-double RealOf(const uint8_t* b, uint32_t length) {
-  switch (length) {
-    case 1:
-    case 2:
-      return static_cast<double>(NumberOf(b, length));
-    case 4:
-      return static_cast<double>(std::bit_cast<float>(BigEndian32(b[0], b[1], b[2], b[3])));
-    case 8:
-      return std::bit_cast<double>((uint64_t{BigEndian32(b[0], b[1], b[2], b[3])} << 32) |
-                                   BigEndian32(b[4], b[5], b[6], b[7]));
-    default:
-      return 0.0;
-  }
-}
 
 bool IsCleanText(const uint8_t* bytes, uint32_t length) {
   uint32_t at = 0;

@@ -6,13 +6,6 @@
 
 // HOT CODE. The checks of validate_field.h on values that stay where they are.
 
-// The big-endian two's complement number of the bytes, of which there is at least one; more than
-// eight wrap.
-int64_t NumberOf(const uint8_t* bytes, uint32_t length);
-
-// As RawValueAsReal.
-double RealOf(const uint8_t* bytes, uint32_t length);
-
 // Whether RawValueAsText would keep every byte.
 bool IsCleanText(const uint8_t* bytes, uint32_t length);
 

@@ -6,8 +6,8 @@
 #include <limits>
 #include <memory>
 
+#include "reference/save_row.h"
 #include "storager/column_lists.h"
-#include "storager/save_row.h"
 #include "storager/storager.h"
 #include "support/dice.h"
 #include "support/temp_folder.h"
@@ -38,7 +38,7 @@ class TwoResults {
     SaveRow(fields_, row, row_insert_);
     values_.clear();
     BindRowValue(fields_, row, values_);
-    sink_->Save(values_.data());
+    sink_->SaveRow(values_.data());
   }
 
   void Execute(const std::string& sql) {
@@ -222,8 +222,8 @@ TEST(RowSinkTest, KeysOfOtherTablesAreOthers) {
     const RowValue row = NumberRow(7, "b");
     std::vector<BoundValue> values;
     BindRowValue(kNumbers, row, values);
-    sink.Save(values.data());
-    sink.Save(values.data());
+    sink.SaveRow(values.data());
+    sink.SaveRow(values.data());
   }
   EXPECT_EQ(keys.size(), 2U);
   SqliteStatement query;
@@ -242,7 +242,7 @@ TEST(RowSinkTest, WithoutATableNothingHappens) {
   const RowValue row = NumberRow(7, "b");
   std::vector<BoundValue> values;
   BindRowValue(kNumbers, row, values);
-  sink.Save(values.data());
+  sink.SaveRow(values.data());
   EXPECT_EQ(keys.size(), 0U);
 }
 

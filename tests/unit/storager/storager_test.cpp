@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "common/sqlitecommon/sqlite_statement.h"
+#include "reference/save_row.h"
 #include "storager/column_lists.h"
-#include "storager/save_row.h"
 #include "support/log_capture.h"
 #include "support/temp_folder.h"
 

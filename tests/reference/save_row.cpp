@@ -1,4 +1,4 @@
-#include "storager/save_row.h"
+#include "reference/save_row.h"
 
 namespace {
 
