@@ -17,10 +17,9 @@ constexpr const char* kName = "bench";
 
 // The layouts of a sweep, ready for its depth.
 struct SweptLayouts {
-  SievePlan plan;
+  SweepPlan plan;
   std::vector<std::unique_ptr<RecordPlan>> plans;
   std::vector<std::unique_ptr<RecordTest>> tests;
-  std::vector<size_t> sieves;
 };
 
 // A plan that is not fast ends a test behind the header.
@@ -28,14 +27,12 @@ SweptLayouts MakeLayouts(const std::vector<TablePasses>& tables, FastWalk::Depth
   SweptLayouts layouts;
   for (const TablePasses& table : tables) {
     for (const auto& pass : table.passes) {
-      const RecordPlan& record = pass->plan;
-      if (record.required > record.width) continue;
-      const int sieve = layouts.plan.Add(record.sets, record.first, record.required);
-      if (sieve < 0) throw std::runtime_error("too many layouts for one sweep");
-      layouts.sieves.push_back(static_cast<size_t>(sieve));
-      layouts.plans.push_back(std::make_unique<RecordPlan>(record));
+      layouts.plans.push_back(std::make_unique<RecordPlan>(pass->plan));
       if (depth == FastWalk::Depth::kHeaders) layouts.plans.back()->is_fast = false;
       layouts.tests.push_back(std::make_unique<RecordTest>(*layouts.plans.back()));
+      if (!layouts.plan.Add(*layouts.plans.back(), layouts.tests.size() - 1)) {
+        throw std::runtime_error("too many layouts for one sweep");
+      }
     }
   }
   return layouts;
@@ -79,7 +76,7 @@ void FastWalk::MakeTables() {
 
 template <typename Source, typename Cursor>
 WalkCounts FastWalk::SweepSource(Source& source, Cursor cursor, SieveLevel level, Depth depth) {
-  const SweptLayouts layouts = MakeLayouts(tables_, depth);
+  SweptLayouts layouts = MakeLayouts(tables_, depth);
   WalkCounts counts;
   counts.bytes = source.size();
   SieveResult words;
@@ -87,15 +84,18 @@ WalkCounts FastWalk::SweepSource(Source& source, Cursor cursor, SieveLevel level
     Segment segment;
     if (!cursor.Enter(segment) || segment.begin >= segment.end) continue;
     const ByteView view = source.View(segment.begin, segment.end);
-    Sieve(layouts.plan, level, view.At(segment.begin), segment.end - segment.begin, words);
-    for (size_t i = 0; i < layouts.tests.size(); ++i) {
-      ForEachSurvivor(words, layouts.sieves[i], segment.begin, [&](uint64_t position) {
-        ++counts.sieved;
+    Sieve(layouts.plan.sieves, level, view.At(segment.begin), segment.end - segment.begin, words);
+    for (SweptGroup& group : layouts.plan.groups) {
+      ForEachSurvivor(words, group.sieve, segment.begin, [&](uint64_t position) {
+        counts.sieved += group.members.size();
         if (depth == Depth::kSieve) return;
-        const Verdict verdict = layouts.tests[i]->Test(view, position);
-        if (verdict == Verdict::kMiss) return;
-        ++counts.survivors;
-        if (verdict == Verdict::kHit) ++counts.records;
+        group.header->Read(view, position);
+        for (const size_t member : group.members) {
+          const Verdict verdict = layouts.tests[member]->TestBehind(*group.header, view, position);
+          if (verdict == Verdict::kMiss) continue;
+          ++counts.survivors;
+          if (verdict == Verdict::kHit) ++counts.records;
+        }
       });
     }
   }
@@ -104,7 +104,7 @@ WalkCounts FastWalk::SweepSource(Source& source, Cursor cursor, SieveLevel level
 
 template <typename Source, typename Cursor>
 WalkCounts FastWalk::CountPlacesOf(Source& source, Cursor cursor) {
-  const SweptLayouts layouts = MakeLayouts(tables_, Depth::kHeaders);
+  SweptLayouts layouts = MakeLayouts(tables_, Depth::kHeaders);
   WalkCounts counts;
   SieveResult words;
   std::set<uint64_t> sieved;
@@ -113,14 +113,18 @@ WalkCounts FastWalk::CountPlacesOf(Source& source, Cursor cursor) {
     Segment segment;
     if (!cursor.Enter(segment) || segment.begin >= segment.end) continue;
     const ByteView view = source.View(segment.begin, segment.end);
-    Sieve(layouts.plan, BestSieveLevel(), view.At(segment.begin), segment.end - segment.begin,
-          words);
+    Sieve(layouts.plan.sieves, BestSieveLevel(), view.At(segment.begin),
+          segment.end - segment.begin, words);
     sieved.clear();
     survivors.clear();
-    for (size_t i = 0; i < layouts.tests.size(); ++i) {
-      ForEachSurvivor(words, layouts.sieves[i], segment.begin, [&](uint64_t position) {
+    for (SweptGroup& group : layouts.plan.groups) {
+      ForEachSurvivor(words, group.sieve, segment.begin, [&](uint64_t position) {
         sieved.insert(position);
-        if (layouts.tests[i]->Test(view, position) != Verdict::kMiss) survivors.insert(position);
+        for (const size_t member : group.members) {
+          if (layouts.tests[member]->Test(view, position) != Verdict::kMiss) {
+            survivors.insert(position);
+          }
+        }
       });
     }
     counts.sieved += sieved.size();

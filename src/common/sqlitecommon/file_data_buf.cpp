@@ -35,10 +35,15 @@ FileDataBuf::FileDataBuf(const std::string& path) : path_(path) {
     status_ = -1;
     return;
   }
-  window_size_ = std::min(file_size_, kMaxWindowSize);
-  window_ = std::make_unique<uint8_t[]>(window_size_);
-  Load(0, window_size_, window_.get());
-  window_end_ = window_size_;
+  window_end_ = std::min(file_size_, kMaxWindowSize);
+}
+
+void FileDataBuf::LoadWindow() {
+  if (!window_) {
+    window_ = std::make_unique_for_overwrite<uint8_t[]>(std::min(file_size_, kMaxWindowSize));
+  }
+  loaded_size_ = window_end_ - window_begin_;
+  Load(window_begin_, loaded_size_, window_.get());
 }
 
 uint32_t FileDataBuf::ReadBigEndian32(uint64_t offset) {
@@ -50,7 +55,8 @@ uint32_t FileDataBuf::ReadBigEndian32(uint64_t offset) {
 }
 
 uint8_t FileDataBuf::PeekByte(uint64_t offset) {
-  const bool needs_block = offset < file_size_ && offset - window_begin_ >= window_size_;
+  const bool needs_block =
+      offset < file_size_ && offset - window_begin_ >= window_end_ - window_begin_;
   return needs_block ? ReadByteThroughBlocks(offset) : ReadByte(offset);
 }
 
@@ -66,6 +72,9 @@ void FileDataBuf::Load(uint64_t offset, uint64_t length, uint8_t* out) {
   stream_.clear();
   stream_.seekg(static_cast<std::streamoff>(offset));
   stream_.read(reinterpret_cast<char*>(out), static_cast<std::streamsize>(length));
+  // A file that became shorter reads as 0 there.
+  const auto got = static_cast<uint64_t>(stream_.gcount());
+  if (got < length) std::memset(out + got, 0, length - got);
 }
 
 std::string FileDataBuf::DescribeAccessPastEnd(int line) const {
@@ -81,11 +90,12 @@ uint8_t FileDataBuf::ReadByteOutsideWindow(uint64_t offset) {
     return 0;
   }
   if (offset < window_begin_) return ReadByteThroughBlocks(offset);
-  window_size_ = std::min(file_size_ - offset, kMaxWindowSize);
-  Load(offset, window_size_, window_.get());
-  window_begin_ = offset;
-  window_end_ = offset + window_size_;
-  return window_[0];
+  if (offset >= window_end_) {
+    window_begin_ = offset;
+    window_end_ = offset + std::min(file_size_ - offset, kMaxWindowSize);
+  }
+  LoadWindow();
+  return window_[offset - window_begin_];
 }
 
 uint8_t FileDataBuf::ReadByteThroughBlocks(uint64_t offset) {
@@ -110,8 +120,9 @@ void FileDataBuf::CheckRange(uint64_t offset, uint64_t length) const {
 void FileDataBuf::ReadRangeTo(uint64_t offset, uint64_t length, uint8_t* out) {
   CheckRange(offset, length);
   if (length == 0) return;
-  if (window_begin_ <= offset && offset < window_end_ && length < window_end_ - offset) {
-    std::memcpy(out, window_.get() + (offset - window_begin_), length);
+  const uint64_t in_window = offset - window_begin_;
+  if (in_window < loaded_size_ && length < loaded_size_ - in_window) {
+    std::memcpy(out, window_.get() + in_window, length);
     return;
   }
   Load(offset, length, out);

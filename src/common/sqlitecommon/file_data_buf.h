@@ -16,8 +16,9 @@ struct FileSlice {
 };
 
 // A sliding window of up to 4 MiB over one file, with checked reads at absolute offsets. The window
-// moves upward with the bytes that are asked for. Bytes behind it come from a few small blocks, so
-// that a walk which jumps back, or goes downward, does not load the window anew for every byte.
+// moves upward with the bytes that are asked for, and is loaded when the first of its bytes is.
+// Bytes behind it come from a few small blocks, so that a walk which jumps back, or goes downward,
+// does not load the window anew for every byte.
 // Not safe for use by several threads: every read can move the window.
 class FileDataBuf {
  public:
@@ -37,7 +38,7 @@ class FileDataBuf {
   // The byte at `offset`; at or past the end of the file 0, with a log line at level 3.
   uint8_t ReadByte(uint64_t offset) {
     const uint64_t in_window = offset - window_begin_;
-    if (in_window < window_size_) return window_[in_window];
+    if (in_window < loaded_size_) return window_[in_window];
     return ReadByteOutsideWindow(offset);
   }
 
@@ -71,11 +72,12 @@ class FileDataBuf {
   uint8_t ReadByteOutsideWindow(uint64_t offset);
   uint8_t ReadByteThroughBlocks(uint64_t offset);
   uint8_t PeekByte(uint64_t offset);
+  void LoadWindow();
   void Load(uint64_t offset, uint64_t length, uint8_t* out);
   std::string DescribeAccessPastEnd(int line) const;
 
   std::unique_ptr<uint8_t[]> window_;
-  uint64_t window_size_ = 0;
+  uint64_t loaded_size_ = 0;  // of the window; 0 while nothing of it was asked for
   uint64_t file_size_ = 0;
   uint64_t window_begin_ = 0;
   uint64_t window_end_ = 0;

@@ -69,18 +69,20 @@ std::vector<ValueCheck> MergeChecks(const FeatureMaps& features) {
   return checks;
 }
 
-RecordPlan::ShortCells MakeShortCells(const SerialTypeSet& set, bool is_primary_key) {
-  RecordPlan::ShortCells cells{};
-  for (uint32_t type = 0; type < cells.size(); ++type) {
+RecordPlan::ByteLengths MakeByteLengths(const SerialTypeSet& set) {
+  RecordPlan::ByteLengths lengths{};
+  for (uint32_t byte = 0; byte < lengths.size(); ++byte) {
     SerialTypeCell cell;
-    cell.serial_type = type;
+    cell.serial_type = byte;
     DecodeSerialType(cell);
-    const bool is_value = cell.storage_class >= 0 && !is_primary_key;
-    cells[type] =
-        static_cast<uint8_t>(cell.payload_length | (is_value ? RecordPlan::kHoldsValue : 0U));
-    if (!set.HasShort(type)) cells[type] = RecordPlan::kRefused;
+    lengths[byte] = static_cast<uint8_t>(cell.payload_length);
+    if (byte >= 0x80) {
+      lengths[byte] = RecordPlan::kLongType;
+    } else if (!set.HasShort(byte)) {
+      lengths[byte] = RecordPlan::kRefused;
+    }
   }
-  return cells;
+  return lengths;
 }
 
 bool HasPlainFields(const ResultFieldMap& result_fields) {
@@ -119,9 +121,8 @@ RecordPlan MakeRecordPlan(const CarveLayout& layout, const TableFields& fields, 
   plan.required = RequiredCells(layout);
   plan.sets = MakeSerialTypeSets(layout, depth);
   for (size_t column = 0; column < plan.width; ++column) {
-    const bool is_primary_key = layout.columns[column].is_primary_key;
-    plan.is_primary_key.push_back(is_primary_key);
-    plan.short_cells.push_back(MakeShortCells(plan.sets[column], is_primary_key));
+    plan.is_primary_key.push_back(layout.columns[column].is_primary_key);
+    plan.byte_lengths.push_back(MakeByteLengths(plan.sets[column]));
   }
   plan.checks = MergeChecks(*layout.features);
   plan.fields = MakeFieldSources(fields, *layout.result_fields);

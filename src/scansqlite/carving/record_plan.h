@@ -30,19 +30,18 @@ struct FieldSource {
 // checks merged and ordered by cost, the result columns in the order of the insert statement.
 // Borrows from the layout.
 struct RecordPlan {
-  // What a serial type of one byte means for a column: the bytes of its value in the lower six
-  // bits, and whether it is refused or gives the record a value.
+  // By the first byte of a column's serial type: how many bytes its value has, kRefused, or that
+  // the serial type has more bytes.
   static constexpr uint8_t kRefused = 0x80;
-  static constexpr uint8_t kHoldsValue = 0x40;
-  static constexpr uint8_t kLengthBits = 0x3F;
-  using ShortCells = std::array<uint8_t, 128>;
+  static constexpr uint8_t kLongType = 0x81;
+  using ByteLengths = std::array<uint8_t, 256>;
 
   const CarveLayout* layout = nullptr;
   size_t first = 0;     // 1 behind a row id alias
   size_t width = 0;     // columns, the alias counted
   size_t required = 0;  // cells, the alias counted
   std::vector<SerialTypeSet> sets;
-  std::vector<ShortCells> short_cells;  // the same for one look a column
+  std::vector<ByteLengths> byte_lengths;  // the same for one look a column
   std::vector<uint8_t> is_primary_key;
   std::vector<ValueCheck> checks;
   std::vector<FieldSource> fields;

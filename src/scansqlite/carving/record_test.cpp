@@ -7,34 +7,11 @@
 
 namespace {
 
-// The head of a cell and one byte in front of it: three varints of nine bytes at most.
-constexpr uint64_t kHeadReach = 40;
-
-// The made-up cell of a row id alias is empty, but no NULL.
-constexpr uint64_t kAliasType = ~uint64_t{0};
-
 constexpr uint8_t kConstants[2] = {0, 1};
-
-// A serial type of more than one byte; `at` stands on its first byte and moves behind it.
-uint64_t ReadLongType(const uint8_t*& at, const uint8_t* end) {
-  uint64_t value = 0;
-  for (int count = 0; at < end && count < 9; ++count) {
-    const uint8_t byte = *at++;
-    value = (value << 7) + (byte & 0x7FU);
-    if ((byte & 0x80U) == 0) break;
-  }
-  return value;
-}
-
-uint32_t LengthOf(uint64_t type) {
-  SerialTypeCell cell;
-  cell.serial_type = type;
-  DecodeSerialType(cell);
-  return cell.payload_length;
-}
 
 // Of a value: the constants have none.
 int32_t ClassOfValue(uint64_t type) {
+  if (type == HeaderCells::kAliasType) return kClassNull;
   if (type >= 12) return type % 2 == 0 ? kClassBlob : kClassText;
   if (type >= 8) return kClassUndecided;
   if (type == 7) return kClassReal;
@@ -44,11 +21,6 @@ int32_t ClassOfValue(uint64_t type) {
 // Neither NULL nor reserved.
 bool IsValue(uint64_t type) { return type != 0 && type != 10 && type != 11; }
 
-// No value is as long as the source, whose size counts in 32 bits.
-bool CanBeAsLong(const RecordValue& value, const ByteView& view) {
-  return value.length <= kMaxValueBytes && value.length < static_cast<uint32_t>(view.source_size);
-}
-
 // Whether reading the value as a text changes none of its bytes.
 bool StaysAsItIs(const RecordValue& value) {
   return value.length == 0 || IsConstant(value) || IsCleanText(value.bytes, value.length);
@@ -56,90 +28,43 @@ bool StaysAsItIs(const RecordValue& value) {
 
 }  // namespace
 
-RecordTest::RecordTest(const RecordPlan& plan) : plan_(plan), values_(plan.width) {
-  if (plan.first == 0 || plan.width == 0) return;
-  values_[0].serial_type = kAliasType;
-  values_[0].storage_class = kClassNull;
-}
+RecordTest::RecordTest(const RecordPlan& plan) : plan_(plan), own_header_(plan) {}
 
-// The cell whose serial type takes more than one byte, `at` its first one, which moves behind it.
-// False when the record ends in front of it.
-bool RecordTest::ReadLongCell(const ByteView& view, const uint8_t*& at, size_t column) {
-  const uint8_t* const end = view.bytes + (view.end - view.begin);
-  RecordValue& value = values_[column];
-  const uint8_t* next = at;
-  value.serial_type = ReadLongType(next, end);
-  value.length = LengthOf(value.serial_type);
-  reaches_end_ = reaches_end_ || (next == end && view.end != view.source_size);
-  if (!plan_.sets[column].Has(value.serial_type)) return false;
-  at = next;
-  is_too_long_ = is_too_long_ || !CanBeAsLong(value, view);
-  holds_value_ = holds_value_ || (IsValue(value.serial_type) && plan_.is_primary_key[column] == 0);
-  return true;
+bool RecordTest::HoldsValue() const {
+  for (size_t column = plan_.first; column < count_; ++column) {
+    if (IsValue(header_->type(column)) && plan_.is_primary_key[column] == 0) return true;
+  }
+  return false;
 }
 
 // The cheap part: the serial types, whether they hold a value, whether the values can be as long as
 // they say.
-Verdict RecordTest::ReadHeader(const ByteView& view, uint64_t position) {
-  const uint8_t* const begin = view.At(position);
-  const uint8_t* const end = view.bytes + (view.end - view.begin);
-  const uint8_t* at = begin;
-  uint32_t flags = 0;
-  uint64_t body_bytes = 0;
-  reaches_end_ = is_too_long_ = holds_value_ = false;
-  const size_t width = plan_.width;
-  const RecordPlan::ShortCells* const cells = plan_.short_cells.data();
-  RecordValue* const values = values_.data();
-  size_t column = plan_.first;
-  for (; column < width && at != end; ++column) {
-    RecordValue& value = values[column];
-    const uint8_t byte = *at;
-    if (byte < 0x80) {
-      const uint8_t cell = cells[column][byte];
-      if ((cell & RecordPlan::kRefused) != 0) break;
-      ++at;
-      flags |= cell;
-      value.serial_type = byte;
-      value.length = cell & RecordPlan::kLengthBits;
-    } else if (!ReadLongCell(view, at, column)) {
-      break;
-    }
-    value.place = static_cast<uint32_t>(body_bytes);
-    body_bytes += value.length;
-  }
-  reaches_end_ = reaches_end_ || (at == end && column < width && view.end != view.source_size);
-  count_ = column;
-  if (reaches_end_) return Verdict::kOpen;
-  if (count_ < plan_.required) return Verdict::kMiss;
-  if ((flags & RecordPlan::kHoldsValue) == 0 && !holds_value_) return Verdict::kMiss;
+Verdict RecordTest::TestHeader(const ByteView& view) {
+  if (header_->ReachesEnd(plan_.width)) return Verdict::kOpen;
+  count_ = header_->CountOf(plan_.width);
+  if (count_ < plan_.required || !HoldsValue()) return Verdict::kMiss;
   // In the smallest sources even short values have to be looked at one by one.
-  if (is_too_long_) return Verdict::kMiss;
+  if (header_->IsTooLong(count_)) return Verdict::kMiss;
+  const uint64_t body_bytes = header_->BodyBytes(count_);
   if (view.has_tiny_limit || body_bytes > plan_.layout->header->table_max_leaf) {
     return Verdict::kOpen;
   }
   data_bytes_ = static_cast<uint32_t>(body_bytes);
-  serial_bytes_ = static_cast<uint32_t>(static_cast<uint64_t>(at - begin) + plan_.first);
+  serial_bytes_ = static_cast<uint32_t>(header_->SerialBytes(count_));
   return Verdict::kHit;
 }
 
-// Most records that fail do so at the first value that is looked at: values get their bytes when
-// they are asked for.
-void RecordTest::Place(RecordValue& value) const {
-  if (value.serial_type == kAliasType) return;
-  value.storage_class = ClassOfValue(value.serial_type);
-  if (IsConstant(value)) {
-    value.bytes = &kConstants[value.serial_type - 8];
-    value.length = 1;
-  } else {
-    value.bytes = body_ + value.place;
-  }
+RecordValue RecordTest::ValueAt(size_t column) const {
+  const uint64_t type = header_->type(column);
+  if (type == HeaderCells::kAliasType) return {type, nullptr, 0};
+  if (type == 8 || type == 9) return {type, &kConstants[type - 8], 1};
+  return {type, body_ + header_->place(column), header_->length(column)};
 }
 
-Verdict RecordTest::CheckValues() {
+Verdict RecordTest::CheckValues() const {
   bool is_open = false;
   for (const ValueCheck& check : plan_.checks) {
-    RecordValue& value = values_[check.column];
-    Place(value);
+    const RecordValue value = ValueAt(check.column);
     const Verdict verdict = CheckValue(check, value);
     if (verdict == Verdict::kHit) continue;
     // A text check of the same column may have changed the bytes by then.
@@ -151,9 +76,13 @@ Verdict RecordTest::CheckValues() {
 }
 
 Verdict RecordTest::Test(const ByteView& view, uint64_t position) {
-  if (!view.Holds(position, position)) return Verdict::kOpen;
-  if (view.begin != 0 && position < view.begin + kHeadReach) return Verdict::kOpen;
-  if (const Verdict verdict = ReadHeader(view, position); verdict != Verdict::kHit) return verdict;
+  if (!own_header_.Read(view, position)) return Verdict::kOpen;
+  return TestBehind(own_header_, view, position);
+}
+
+Verdict RecordTest::TestBehind(const HeaderCells& header, const ByteView& view, uint64_t position) {
+  header_ = &header;
+  if (const Verdict verdict = TestHeader(view); verdict != Verdict::kHit) return verdict;
   if (!plan_.is_fast) return Verdict::kOpen;
   CarvedRecord record;
   record.serial_bytes = serial_bytes_;
@@ -194,7 +123,8 @@ bool RecordTest::BuildRow(const ByteView& view, uint64_t position, std::vector<B
   return true;
 }
 
-bool RecordTest::BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out) {
+bool RecordTest::BuildValue(const FieldSource& source, const RowIdHint& hint,
+                            BoundValue& out) const {
   if (source.is_absent) return true;
   if (source.is_row_id) {
     out = BoundValue::Integer(hint.row_id);
@@ -202,38 +132,35 @@ bool RecordTest::BuildValue(const FieldSource& source, const RowIdHint& hint, Bo
   }
   static constexpr uint8_t kNoBytes = 0;
   const auto column = static_cast<size_t>(source.column);
-  RecordValue* value = nullptr;
-  if (source.column >= 0 && column < count_) {
-    value = &values_[column];
-    Place(*value);
-  }
-  const bool is_empty = value == nullptr || value->length == 0;
-  if (value != nullptr && is_empty && value->storage_class != kClassText) return true;
+  const bool has_value = source.column >= 0 && column < count_;
+  const RecordValue value = has_value ? ValueAt(column) : RecordValue{};
+  const int32_t storage_class = has_value ? ClassOfValue(value.serial_type) : kClassText;
+  const bool is_empty = value.length == 0;
+  if (is_empty && storage_class != kClassText) return true;
   switch (source.field_type) {
     case kFieldInteger:
-      out = BoundValue::Integer(is_empty ? 0 : BytesAsInteger(value->bytes, value->length));
+      out = BoundValue::Integer(is_empty ? 0 : BytesAsInteger(value.bytes, value.length));
       return true;
     case kFieldReal:
-      if (value == nullptr) return true;
-      if (value->storage_class == kClassInteger) {
-        out = BoundValue::Integer(BytesAsInteger(value->bytes, value->length));
-      } else if (value->storage_class == kClassReal) {
-        out = BoundValue::Real(BytesAsReal(value->bytes, value->length));
+      if (storage_class == kClassInteger) {
+        out = BoundValue::Integer(BytesAsInteger(value.bytes, value.length));
+      } else if (storage_class == kClassReal) {
+        out = BoundValue::Real(BytesAsReal(value.bytes, value.length));
       }
       return true;
     case kFieldText:
-      if (value != nullptr && value->storage_class == kClassBlob) {
-        out = BoundValue::Blob(value->bytes, value->length);
+      if (storage_class == kClassBlob) {
+        out = BoundValue::Blob(value.bytes, value.length);
         return true;
       }
-      if (is_empty || IsConstant(*value)) {
+      if (is_empty || IsConstant(value)) {
         out = BoundValue::Text(&kNoBytes, 0);
         return true;
       }
-      out = BoundValue::Text(value->bytes, value->length);
-      return IsCleanText(value->bytes, value->length);
+      out = BoundValue::Text(value.bytes, value.length);
+      return IsCleanText(value.bytes, value.length);
     default:
-      out = BoundValue::Blob(is_empty ? &kNoBytes : value->bytes, is_empty ? 0 : value->length);
+      out = BoundValue::Blob(is_empty ? &kNoBytes : value.bytes, is_empty ? 0 : value.length);
       return true;
   }
 }

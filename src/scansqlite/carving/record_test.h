@@ -11,6 +11,7 @@
 
 #include "scansqlite/carving/byte_view.h"
 #include "scansqlite/carving/carved_record.h"
+#include "scansqlite/carving/header_cells.h"
 #include "scansqlite/carving/record_plan.h"
 #include "storager/bound_row.h"
 
@@ -20,13 +21,11 @@ enum class Verdict {
   kOpen,  // the general test decides
 };
 
-// One cell of the record under test.
+// One value of the record under test. An alias has none, nor has it bytes.
 struct RecordValue {
   uint64_t serial_type = 0;
   const uint8_t* bytes = nullptr;  // into the view; of a constant its own byte
   uint32_t length = 0;             // a constant has one byte
-  uint32_t place = 0;              // in the body
-  int32_t storage_class = 0;
 };
 
 class RecordTest {
@@ -36,8 +35,12 @@ class RecordTest {
   // Whether a record of the layout stands at `position`.
   Verdict Test(const ByteView& view, uint64_t position);
 
-  // Appends the row of the record that Test has just accepted, one value for each result column,
-  // and gives what is known of its row id. Texts and blobs point into the view. False when a text
+  // The same behind a header that was just read there for this layout and others, and stays until
+  // the row is built.
+  Verdict TestBehind(const HeaderCells& header, const ByteView& view, uint64_t position);
+
+  // Appends the row of the record that was just accepted, one value for each result column, and
+  // gives what is known of its row id. Texts and blobs point into the view. False when a text
   // has to be cleaned: the general test makes the row.
   bool BuildRow(const ByteView& view, uint64_t position, std::vector<BoundValue>& row,
                 RowIdHint& hint);
@@ -45,20 +48,18 @@ class RecordTest {
   const RecordPlan& plan() const { return plan_; }
 
  private:
-  Verdict ReadHeader(const ByteView& view, uint64_t position);
-  bool ReadLongCell(const ByteView& view, const uint8_t*& at, size_t column);
-  void Place(RecordValue& value) const;
-  Verdict CheckValues();
+  Verdict TestHeader(const ByteView& view);
+  bool HoldsValue() const;
+  RecordValue ValueAt(size_t column) const;
+  Verdict CheckValues() const;
   RowIdHint FindRowId(const ByteView& view, uint64_t position) const;
-  bool BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out);
+  bool BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out) const;
 
   const RecordPlan& plan_;
-  std::vector<RecordValue> values_;
+  HeaderCells own_header_;
+  const HeaderCells* header_ = nullptr;
   size_t count_ = 0;  // cells, an alias counted
   const uint8_t* body_ = nullptr;
-  bool reaches_end_ = false;  // of what is in memory
-  bool is_too_long_ = false;
-  bool holds_value_ = false;
   uint32_t serial_bytes_ = 0;
   uint32_t data_bytes_ = 0;
 };

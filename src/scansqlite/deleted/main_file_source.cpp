@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr uint64_t kWindowBytes = 4194304;
+constexpr uint64_t kWindowBytes = 262144;
 
 // In front of a page, for cell heads that reach into it.
 constexpr uint64_t kBefore = 64;

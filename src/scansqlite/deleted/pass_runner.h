@@ -15,6 +15,7 @@
 #include "scansqlite/deleted/deleted_pass.h"
 #include "scansqlite/deleted/row_batch.h"
 #include "scansqlite/deleted/scan_gate.h"
+#include "scansqlite/deleted/sweep_plan.h"
 #include "scansqlite/sieve/header_sieve.h"
 
 // `Source` is MainFileSource or LogSource.
@@ -48,41 +49,14 @@ class PassRunner {
       const SurvivorList::State state = passes[i]->survivors.state();
       if (state == SurvivorList::State::kNone) swept.push_back(passes[i]);
     }
-    Sweep(cursor, std::move(swept), rows);
+    Sweep(cursor, swept, rows);
   }
 
  private:
-  // A pass in the sieve's plan.
-  struct Swept {
-    DeletedPass* pass;
-    size_t sieve;
-  };
-  struct SweepPlan {
-    SievePlan sieves;
-    std::vector<Swept> passes;  // the first is the one whose rows are saved
-  };
-
-  static SweepPlan MakePlan(const std::vector<DeletedPass*>& passes, bool is_careful) {
-    SweepPlan plan;
-    for (DeletedPass* pass : passes) {
-      const RecordPlan& record = is_careful ? pass->careful_plan : pass->plan;
-      if (record.required > record.width) continue;  // nothing is ever accepted
-      const int sieve = plan.sieves.Add(record.sets, record.first, record.required);
-      if (sieve < 0) continue;
-      plan.passes.push_back({pass, static_cast<size_t>(sieve)});
-    }
-    return plan;
-  }
-
   template <typename Cursor>
-  void Sweep(Cursor& cursor, std::vector<DeletedPass*> passes, RowBatch& rows) {
+  void Sweep(Cursor& cursor, const std::vector<DeletedPass*>& passes, RowBatch& rows) {
     DeletedPass& own = *passes.front();
-    plan_ = MakePlan(passes, false);
-    careful_plan_ = MakePlan(passes, true);
-    KeepCommonPasses(passes);
-    for (DeletedPass* pass : passes) {
-      if (pass != &own) pass->survivors.Begin();
-    }
+    MakePlans(passes);
     while (cursor.InSource()) {
       if (!MayGoOn()) return LogStop();
       Segment segment;
@@ -90,22 +64,21 @@ class PassRunner {
       SweepSegment(segment, own, rows);
       Finish(segment, rows);
     }
-    for (DeletedPass* pass : passes) {
-      if (pass != &own) pass->survivors.Finish();
-    }
+    for (DeletedPass* pass : passes_) pass->survivors.Finish();
   }
 
-  // A pass for which one of the plans has no room sweeps the source by itself later.
-  void KeepCommonPasses(std::vector<DeletedPass*>& passes) {
-    const auto has = [](const SweepPlan& plan, const DeletedPass* pass) {
-      return std::any_of(plan.passes.begin(), plan.passes.end(),
-                         [pass](const Swept& swept) { return swept.pass == pass; });
-    };
-    const auto is_left_out = [&](const DeletedPass* pass) {
-      const bool never_accepts = pass->plan.required > pass->plan.width;
-      return !never_accepts && !(has(plan_, pass) && has(careful_plan_, pass));
-    };
-    std::erase_if(passes, is_left_out);
+  // A pass for which one of the plans has no room gets no list and sweeps the source by itself
+  // later.
+  void MakePlans(const std::vector<DeletedPass*>& passes) {
+    passes_ = passes;
+    plan_ = {};
+    careful_plan_ = {};
+    for (size_t member = 0; member < passes.size(); ++member) {
+      DeletedPass& pass = *passes[member];
+      const bool has_room =
+          plan_.Add(pass.plan, member) && careful_plan_.Add(pass.careful_plan, member);
+      if (has_room && member != 0) pass.survivors.Begin();
+    }
   }
 
   void SweepSegment(const Segment& segment, DeletedPass& own, RowBatch& rows) {
@@ -113,24 +86,28 @@ class PassRunner {
     const SegmentCare care = source_.CareFor(segment);
     if (care == SegmentCare::kGeneral) return TestEveryPosition(segment, own, rows);
     const bool is_careful = care == SegmentCare::kCareful;
-    const SweepPlan& plan = is_careful ? careful_plan_ : plan_;
-    if (plan.passes.empty()) return;
+    SweepPlan& plan = is_careful ? careful_plan_ : plan_;
+    if (plan.groups.empty()) return;
     const ByteView view = source_.View(segment.begin, segment.end);
     Sieve(plan.sieves, level_, view.At(segment.begin), segment.end - segment.begin, words_);
     KeepEndOfSource(segment);
-    for (const Swept& swept : plan.passes) {
-      DeletedPass& pass = *swept.pass;
-      RecordTest& test = is_careful ? *pass.careful_test : *pass.test;
-      if (&pass == &own) {
-        ForEachSurvivor(swept.sieve, segment.begin, [&](uint64_t position) {
-          TestPositionFast(view, position, test, own, rows);
-        });
-      } else if (pass.survivors.state() == SurvivorList::State::kFilling) {
-        ForEachSurvivor(swept.sieve, segment.begin, [&](uint64_t position) {
-          if (test.Test(view, position) == Verdict::kMiss) return;
-          pass.survivors.Add(position, budget_);
-        });
-      }
+    for (SweptGroup& group : plan.groups) {
+      ForEachSurvivor(group.sieve, segment.begin, [&](uint64_t position) {
+        const bool is_readable = group.header->Read(view, position);
+        for (const size_t member : group.members) {
+          DeletedPass& pass = *passes_[member];
+          if (&pass != &own && pass.survivors.state() != SurvivorList::State::kFilling) continue;
+          RecordTest& test = is_careful ? *pass.careful_test : *pass.test;
+          const Verdict verdict =
+              is_readable ? test.TestBehind(*group.header, view, position) : Verdict::kOpen;
+          if (verdict == Verdict::kMiss) continue;
+          if (&pass == &own) {
+            TakeRecord(view, position, verdict, test, own, rows);
+          } else {
+            pass.survivors.Add(position, budget_);
+          }
+        }
+      });
     }
   }
 
@@ -170,7 +147,8 @@ class PassRunner {
       RecordTest& test = care == SegmentCare::kCareful ? *pass.careful_test : *pass.test;
       while (!reader.AtEnd() && reader.position() < page + source_.page_bytes()) {
         const ByteView view = source_.View(segment.begin, segment.end);
-        TestPositionFast(view, reader.position(), test, pass, rows);
+        const Verdict verdict = test.Test(view, reader.position());
+        TakeRecord(view, reader.position(), verdict, test, pass, rows);
         reader.Next();
       }
       Finish(segment, rows);
@@ -191,9 +169,8 @@ class PassRunner {
     }
   }
 
-  void TestPositionFast(const ByteView& view, uint64_t position, RecordTest& test,
-                        DeletedPass& pass, RowBatch& rows) {
-    const Verdict verdict = test.Test(view, position);
+  void TakeRecord(const ByteView& view, uint64_t position, Verdict verdict, RecordTest& test,
+                  DeletedPass& pass, RowBatch& rows) {
     if (verdict == Verdict::kMiss) return;
     RowIdHint hint;
     if (verdict == Verdict::kHit && test.BuildRow(view, position, rows.values(), hint)) {
@@ -216,6 +193,7 @@ class PassRunner {
   const char* stop_name_;
   SieveLevel level_;
   SurvivorBudget budget_;
+  std::vector<DeletedPass*> passes_;  // of the sweep; the rows of the first one are saved
   SweepPlan plan_;
   SweepPlan careful_plan_;
   SieveResult words_;

@@ -27,6 +27,9 @@ uint32_t DensityOf(const SerialTypeSet& set) {
   return sum;
 }
 
+// The share of all positions that may survive for nothing.
+constexpr double kFewSurvivors = 0.0005;
+
 // The column that fewest bytes satisfy; of equals the nearest, which costs least.
 size_t FindAnchor(const std::vector<SerialTypeSet>& sets, size_t first, size_t end) {
   size_t anchor = first;
@@ -54,6 +57,53 @@ int IndexOfSet(SievePlan& plan, const std::array<uint64_t, 2>& short_types) {
   return static_cast<int>(plan.sets.size() - 1);
 }
 
+// A long form of a small number is padded with 0x80.
+void NoteBytes(const SerialTypeSet& set, unsigned column, HeaderSieve& sieve) {
+  for (uint32_t byte = 0; byte < 256; ++byte) {
+    uint8_t& own = sieve.columns_of[byte];
+    if (byte < 0x80 && set.HasShort(byte)) own = static_cast<uint8_t>(own | column);
+    const bool is_behind = byte == 0x80 || (byte > 0x80 && (set.long_text || set.long_blob));
+    uint8_t& behind = sieve.columns_behind[byte];
+    if (is_behind) behind = static_cast<uint8_t>(behind | column);
+  }
+}
+
+void NoteSieve(SievePlan& plan, size_t index) {
+  const HeaderSieve& sieve = plan.sieves[index];
+  if (sieve.depth == 0) return;
+  const SieveColumn& column = sieve.columns[sieve.depth - 1];
+  auto at = std::find_if(plan.anchors.begin(), plan.anchors.end(),
+                         [&](const SieveAnchor& anchor) { return anchor.column == column; });
+  if (at == plan.anchors.end()) {
+    plan.anchors.emplace_back().column = column;
+    at = plan.anchors.end() - 1;
+    if (column.long_text || column.long_blob) at->any_block = ~uint64_t{0};
+  }
+  const uint64_t bit = uint64_t{1} << index;
+  at->sieves |= bit;
+  for (uint32_t byte = 0; byte < 256; ++byte) {
+    const bool has_front = sieve.depth > 1;
+    const unsigned front = has_front ? 1U << (sieve.depth - 2) : 0;
+    if (!has_front || (sieve.columns_of[byte] & front) != 0) at->front_of[byte] |= bit;
+    if ((sieve.columns_behind[byte] & front) != 0) at->behind_of[byte] |= bit;
+  }
+}
+
+// While too many positions would survive, columns behind the anchor are looked at as well.
+void AddColumnsBehind(const std::vector<SerialTypeSet>& sets, size_t first, size_t end,
+                      HeaderSieve& sieve) {
+  double share = 1;
+  size_t column = first;
+  for (; column < first + sieve.depth; ++column) share *= DensityOf(sets[column]) / 1000.0;
+  unsigned bit = 1U << sieve.depth;
+  sieve.first_behind = bit;
+  for (; column < end && share > kFewSurvivors; ++column, bit <<= 1) {
+    NoteBytes(sets[column], bit, sieve);
+    share *= DensityOf(sets[column]) / 1000.0;
+  }
+  sieve.end_behind = bit;
+}
+
 uint32_t NullRunOf(const std::vector<SerialTypeSet>& sets, size_t first, size_t required) {
   for (size_t column = first; column < required; ++column) {
     if (!sets[column].HasShort(0)) return 0;
@@ -74,13 +124,16 @@ int SievePlan::Add(const std::vector<SerialTypeSet>& sets_of_columns, size_t fir
       const SerialTypeSet& set = sets_of_columns[column];
       const int index = IndexOfSet(*this, set.short_types);
       if (index < 0) return -1;
+      NoteBytes(set, 1U << sieve.depth, sieve);
       sieve.columns[sieve.depth++] = {static_cast<uint8_t>(index), set.long_text, set.long_blob};
     }
+    AddColumnsBehind(sets_of_columns, first, joined_end, sieve);
   }
   const auto at = std::find(sieves.begin(), sieves.end(), sieve);
   if (at != sieves.end()) return static_cast<int>(at - sieves.begin());
   if (sieves.size() == kMaxSieves) return -1;
   sieves.push_back(sieve);
+  NoteSieve(*this, sieves.size() - 1);
   return static_cast<int>(sieves.size() - 1);
 }
 
@@ -88,6 +141,11 @@ void SieveResult::Resize(size_t sieves, size_t blocks) {
   sieves_ = sieves;
   blocks_ = blocks;
   words_.resize(sieves * blocks);
+}
+
+uint64_t* SieveResult::Scratch(size_t count) {
+  scratch_.resize(count);
+  return scratch_.data();
 }
 
 SieveLevel BestSieveLevel() {
@@ -115,8 +173,10 @@ void Sieve(const SievePlan& plan, SieveLevel level, const uint8_t* bytes, size_t
   const size_t blocks = (count + kSieveBlock - 1) / kSieveBlock;
   result.Resize(plan.sieves.size(), blocks);
   if (blocks == 0) return;
+  uint64_t* const scratch = result.Scratch(2 * (blocks + 1));
   SieveBlocks(level, {plan.sets.data(), plan.sieves.data(), plan.sieves.size(), bytes, blocks,
-                      result.Words(0)});
+                      result.Words(0), plan.anchors.data(), plan.anchors.size(), scratch,
+                      scratch + blocks + 1});
   const size_t tail = count % kSieveBlock;
   if (tail == 0) return;
   for (size_t i = 0; i < plan.sieves.size(); ++i) {

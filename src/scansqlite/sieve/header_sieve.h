@@ -44,9 +44,9 @@ inline constexpr size_t kSieveBlock = 64;
 // last block and one block to look ahead.
 inline constexpr size_t kSieveOverhang = 2 * kSieveBlock;
 
-// More columns are not joined: the full test takes over soon enough, and the words that are carried
-// from block to block stay few.
-inline constexpr size_t kMaxJoinedColumns = 12;
+// More columns are not joined: the full test takes over soon enough, and the columns in front of an
+// anchor lie in its block or in the one in front of that.
+inline constexpr size_t kMaxJoinedColumns = 8;
 
 // Bytes that the joined part of a header can take, with varints of nine.
 inline constexpr uint64_t kLongestJoin = 9 * kMaxJoinedColumns;
@@ -64,11 +64,30 @@ struct SieveColumn {
 struct HeaderSieve {
   SieveColumn columns[kMaxJoinedColumns];  // from the first to the anchor
   size_t depth = 0;                        // how many there are; with none everything survives
+  // A bit for each column, those behind the anchor among them. By byte: the columns that have it as
+  // serial type, and those whose longer serial types may have it in front of their last byte.
+  uint8_t columns_of[256] = {};
+  uint8_t columns_behind[256] = {};
+  // The bits of the columns behind the anchor that are looked at, too.
+  unsigned first_behind = 0;
+  unsigned end_behind = 0;
   // A run of at least this many zero bytes is a record of NULLs, which holds no value; 0 when some
   // column refuses NULL, so that no such run survives anyway.
   uint32_t null_run = 0;
 
   bool operator==(const HeaderSieve& other) const = default;
+};
+
+// An anchor, and what the byte in front of it says of the sieves that have it, a bit for each.
+struct SieveAnchor {
+  SieveColumn column;
+  uint64_t sieves = 0;
+  // By the byte in front: those whose column there has it as serial type, or that have no column
+  // there. By the byte in front of that: those that may have a longer serial type there.
+  uint64_t front_of[256] = {};
+  uint64_t behind_of[256] = {};
+  // All bits when every block has to be looked at, since the anchor has long forms.
+  uint64_t any_block = 0;
 };
 
 // A set of one-byte serial types as two nibble tables: byte b is in the set when bit (b >> 4) of
@@ -85,6 +104,7 @@ struct SievePlan {
   std::vector<std::array<uint64_t, 2>> short_types;  // of each set, for Add
   std::vector<NibbleSet> sets;
   std::vector<HeaderSieve> sieves;
+  std::vector<SieveAnchor> anchors;  // each once
 
   // Adds a layout given by the sets of its columns (`sets`, an alias left out of the walk by
   // `first`), of which the first `required` have to be there. Gives the index of its sieve, which
@@ -101,10 +121,14 @@ class SieveResult {
   size_t blocks() const { return blocks_; }
   size_t sieves() const { return sieves_; }
 
+  // Room for `count` words that nobody keeps.
+  uint64_t* Scratch(size_t count);
+
  private:
   size_t sieves_ = 0;
   size_t blocks_ = 0;
   std::vector<uint64_t> words_;
+  std::vector<uint64_t> scratch_;
 };
 
 // The instruction sets that a sweep can use.

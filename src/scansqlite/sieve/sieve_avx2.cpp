@@ -45,9 +45,12 @@ struct Avx2Level {
   static uint64_t OddBytes(const Block& block) {
     return Gather([&](int i) { return _mm256_slli_epi16(block.bytes[i], 7); });
   }
-  static uint64_t EqualTo(const Block& block, uint8_t byte) {
+  static uint64_t EqualTo(const uint8_t* bytes, uint8_t byte) {
     const __m256i wanted = _mm256_set1_epi8(static_cast<char>(byte));
-    return Gather([&](int i) { return _mm256_cmpeq_epi8(block.bytes[i], wanted); });
+    return Gather([&](int i) {
+      const auto* at = reinterpret_cast<const __m256i*>(bytes) + i;
+      return _mm256_cmpeq_epi8(_mm256_loadu_si256(at), wanted);
+    });
   }
 
   // The top bits of the vectors that `pick` gives.

@@ -11,6 +11,10 @@ struct SieveJob {
   const uint8_t* bytes;  // readable for one block more than `blocks`
   size_t blocks;
   uint64_t* words;  // of the first sieve, then of the second, `blocks` each
+  const SieveAnchor* anchors;
+  size_t anchor_count;
+  uint64_t* anchor_words;  // room for one word more than `blocks`
+  uint64_t* padded;        // the same
 };
 
 // The same sweep for each instruction set; every level gives the same words. The two vector forms

@@ -43,9 +43,12 @@ struct Ssse3Level {
   static uint64_t OddBytes(const Block& block) {
     return Gather([&](int i) { return _mm_slli_epi16(block.bytes[i], 7); });
   }
-  static uint64_t EqualTo(const Block& block, uint8_t byte) {
+  static uint64_t EqualTo(const uint8_t* bytes, uint8_t byte) {
     const __m128i wanted = _mm_set1_epi8(static_cast<char>(byte));
-    return Gather([&](int i) { return _mm_cmpeq_epi8(block.bytes[i], wanted); });
+    return Gather([&](int i) {
+      const auto* at = reinterpret_cast<const __m128i*>(bytes) + i;
+      return _mm_cmpeq_epi8(_mm_loadu_si128(at), wanted);
+    });
   }
 
   // The top bits of the vectors that `pick` gives.

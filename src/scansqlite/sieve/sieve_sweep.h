@@ -8,7 +8,7 @@
 //     static uint64_t Members(const Block&, const NibbleSet&);  // bytes of the set
 //     static uint64_t HighBits(const Block&);              // bytes from 0x80 on
 //     static uint64_t OddBytes(const Block&);
-//     static uint64_t EqualTo(const Block&, uint8_t byte);
+//     static uint64_t EqualTo(const uint8_t* bytes, uint8_t byte);
 //   };
 //
 // Only the files of the levels include this, each with its own compiler flags. Everything here is
@@ -27,23 +27,18 @@ inline unsigned TrailingOnes(uint64_t word) {
   return ~word == 0 ? 64 : static_cast<unsigned>(__builtin_ctzll(~word));
 }
 
-// Bits of a block with those of the block behind it, so that a shift brings them in.
-struct WordPair {
-  uint64_t here = 0;
-  uint64_t behind = 0;
-
-  uint64_t Shift(unsigned by) const { return here >> by | behind << (64 - by); }
-  bool Any() const { return (here | behind) != 0; }
-};
-
-// What all columns ask of a block, worked out when the first one does.
+// What the columns ask of a block, worked out when the first one does.
 template <typename Level>
 class BlockWords {
  public:
-  BlockWords(const NibbleSet* sets, const uint8_t* bytes)
-      : block_(Level::Load(bytes)), sets_(sets) {
-    high_ = Level::HighBits(block_);
-    odd_ = Level::OddBytes(block_);
+  // Behind the block ahead nothing is readable, nor does any header that is asked for get there.
+  void Enter(const SieveJob& job, size_t at) {
+    const uint8_t* const bytes = job.bytes + at * kSieveBlock;
+    sets_ = job.sets;
+    behind_ = at == job.blocks ? 0 : bytes[kSieveBlock];
+    block_ = Level::Load(bytes);
+    known_ = 0;
+    has_long_forms_ = false;
   }
 
   uint64_t Members(unsigned set) {
@@ -53,164 +48,259 @@ class BlockWords {
     }
     return words_[set];
   }
-  uint64_t Zeros() const { return Level::EqualTo(block_, 0); }
-  uint64_t high() const { return high_; }
-  uint64_t odd() const { return odd_; }
 
-  // First bytes of varints of two bytes that are odd, even, of more bytes, and of those that begin
-  // with seven 0 bits and so may stand for a small number.
-  void JoinWith(uint64_t high_behind, uint64_t odd_behind) {
-    const uint64_t next_high = WordPair{high_, high_behind}.Shift(1);
-    const uint64_t next_odd = WordPair{odd_, odd_behind}.Shift(1);
-    two_odd = high_ & ~next_high & next_odd;
-    two_even = high_ & ~next_high & ~next_odd;
-    longer = high_ & next_high;
-    padded = high_ == 0 ? 0 : Level::EqualTo(block_, 0x80);
+  // First bytes of varints of two bytes that are odd, even, and of those of more bytes.
+  struct LongForms {
+    uint64_t two_odd = 0;
+    uint64_t two_even = 0;
+    uint64_t longer = 0;
+  };
+  const LongForms& long_forms() {
+    if (!has_long_forms_) FindLongForms();
+    return long_forms_;
   }
-
-  // What the last byte begins is not seen: it may be anything.
-  void OpenEnd() {
-    const uint64_t last = high_ & uint64_t{1} << 63;
-    two_odd |= last;
-    two_even |= last;
-    longer |= last;
-  }
-
-  uint64_t two_odd = 0;
-  uint64_t two_even = 0;
-  uint64_t longer = 0;
-  uint64_t padded = 0;
 
  private:
+  void FindLongForms() {
+    const uint64_t high = Level::HighBits(block_);
+    const uint64_t odd = Level::OddBytes(block_);
+    const uint64_t next_high = high >> 1 | behind_ >> 7 << 63;
+    const uint64_t next_odd = odd >> 1 | behind_ << 63;
+    const uint64_t two = high & ~next_high;
+    long_forms_ = {two & next_odd, two & ~next_odd, high & next_high};
+    has_long_forms_ = true;
+  }
+
   typename Level::Block block_;
   const NibbleSet* sets_;
-  uint64_t high_ = 0;
-  uint64_t odd_ = 0;
-  uint64_t known_ = 0;
+  uint64_t behind_;  // the byte behind the block
+  bool has_long_forms_;
+  uint64_t known_;
+  LongForms long_forms_;
   uint64_t words_[SievePlan::kMaxSets];
+};
+
+// Places of which a column is alive: in a block, and in the one in front of it.
+struct Alive {
+  uint64_t here = 0;
+  uint64_t front = 0;
+
+  // Those of `here` that a column in the block in front can still be joined to: a varint has nine
+  // bytes at most.
+  static constexpr uint64_t kReachingBits = (uint64_t{1} << 9) - 1;
+  bool ReachesFront() const { return (front | (here & kReachingBits)) != 0; }
+
+  uint64_t ShiftHere(unsigned by) const { return here >> by; }
+  uint64_t ShiftFront(unsigned by) const { return front >> by | here << (64 - by); }
 };
 
 __extension__ using TwoWords = unsigned __int128;
 
-// All shifts by 2 to 9 together, each step doubling how many there are.
-inline uint64_t AnyShiftFrom2(const WordPair& alive) {
-  TwoWords word = (TwoWords{alive.behind} << 64 | alive.here) >> 2;
+// All shifts by `first` to 9 together, `first` being 2 or 3. Each step adds to how many there are.
+inline Alive AnyShift(const Alive& alive, unsigned first) {
+  TwoWords word = (TwoWords{alive.here} << 64 | alive.front) >> first;
   word |= word >> 1;
   word |= word >> 2;
-  word |= word >> 4;
-  return static_cast<uint64_t>(word);
+  word |= word >> (first == 2 ? 4 : 3);
+  return {static_cast<uint64_t>(word >> 64), static_cast<uint64_t>(word)};
 }
 
-// The same by 3 to 9.
-inline uint64_t AnyShiftFrom3(const WordPair& alive) {
-  TwoWords word = (TwoWords{alive.behind} << 64 | alive.here) >> 3;
-  word |= word >> 1;
-  word |= word >> 2;
-  word |= word >> 3;
-  return static_cast<uint64_t>(word);
-}
-
-// One layout's way through the blocks, from the last to the first.
 template <typename Level>
-class SieveState {
+class Sweep {
  public:
-  // Behind the last block anything may stand.
-  void Begin(const HeaderSieve& sieve) {
-    sieve_ = &sieve;
-    for (size_t k = 0; k < sieve.depth; ++k) behind_[k] = ~uint64_t{0};
-    anchor_behind_ = ~uint64_t{0};
-    zeros_behind_ = 0;
-    alive_behind_ = true;
-  }
+  explicit Sweep(const SieveJob& job) : job_(job), entered_{kNoBlock, kNoBlock} {}
 
-  uint64_t Step(BlockWords<Level>& block) {
-    if (sieve_->depth == 0) return WithoutNullRuns(block, ~uint64_t{0});
-    const size_t k = sieve_->depth - 1;
-    const SieveColumn& anchor = sieve_->columns[k];
-    const uint64_t short_forms = block.Members(anchor.set);
-    uint64_t alive = short_forms;
-    if (anchor.long_text || anchor.long_blob) {
-      alive |= (anchor.long_text ? block.two_odd : 0) | (anchor.long_blob ? block.two_even : 0) |
-               block.longer;
+  void Run() {
+    FillWords();
+    for (size_t i = 0; i < job_.anchor_count; ++i) {
+      const SieveAnchor& anchor = job_.anchors[i];
+      FindAnchors(anchor);
+      for (size_t at = job_.blocks + 1; at-- > 0;) {
+        const uint64_t places = job_.anchor_words[at];
+        if ((places | job_.padded[at] | anchor.any_block) != 0) JoinBlock(anchor, at, places);
+      }
     }
-    if (block.padded != 0) {
-      alive |= block.padded & (WordPair{short_forms, anchor_behind_}.Shift(1) |
-                               WordPair{block.padded, ~uint64_t{0}}.Shift(1));
+    for (size_t i = 0; i < job_.sieve_count; ++i) {
+      if (job_.sieves[i].null_run != 0) DropNullRuns(job_.sieves[i].null_run, Words(i));
     }
-    anchor_behind_ = short_forms;
-    if (alive != 0 || alive_behind_) alive = JoinRest(block, k, alive);
-    return WithoutNullRuns(block, alive);
   }
 
  private:
-  // The columns in front of the anchor.
-  uint64_t JoinRest(BlockWords<Level>& block, size_t k, uint64_t alive) {
-    bool any = alive != 0;
-    while (k > 0) {
-      const WordPair next{alive, behind_[k]};
-      behind_[k] = alive;
-      --k;
-      alive = next.Any() ? Join(block, sieve_->columns[k], next) : 0;
-      any = any || alive != 0;
+  static constexpr size_t kNoBlock = ~size_t{0};
+
+  // Up to so many in a block are followed one by one; more of them are joined together.
+  static constexpr int kFewAnchors = 6;
+
+  uint64_t* Words(size_t sieve) const { return job_.words + sieve * job_.blocks; }
+
+  // Nothing survives yet but where no column is looked at. Bytes that may begin a long form of a
+  // small number are those whose first seven bits are 0.
+  void FillWords() {
+    for (size_t at = 0; at <= job_.blocks; ++at) {
+      job_.padded[at] = Level::EqualTo(job_.bytes + at * kSieveBlock, 0x80);
     }
-    behind_[0] = alive;
-    alive_behind_ = any;
+    for (size_t i = 0; i < job_.sieve_count; ++i) {
+      const uint64_t none_or_all = job_.sieves[i].depth == 0 ? ~uint64_t{0} : 0;
+      for (size_t at = 0; at < job_.blocks; ++at) Words(i)[at] = none_or_all;
+    }
+  }
+
+  void FindAnchors(const SieveAnchor& anchor) {
+    const NibbleSet& set = job_.sets[anchor.column.set];
+    for (size_t at = 0; at <= job_.blocks; ++at) {
+      job_.anchor_words[at] = Level::Members(Level::Load(job_.bytes + at * kSieveBlock), set);
+    }
+  }
+
+  BlockWords<Level>& Block(size_t at) {
+    BlockWords<Level>& block = blocks_[at % 2];
+    if (entered_[at % 2] != at) {
+      block.Enter(job_, at);
+      entered_[at % 2] = at;
+    }
+    return block;
+  }
+
+  // `places`: the anchors in the block that are serial types of one byte.
+  void JoinBlock(const SieveAnchor& anchor, size_t at, uint64_t places) {
+    const bool is_edge = at == 0 || at == job_.blocks;
+    const bool has_few = __builtin_popcountll(places) <= kFewAnchors && !is_edge;
+    if (has_few) {
+      for (uint64_t rest = places; rest != 0; rest &= rest - 1) {
+        FollowFrom(anchor, at, static_cast<unsigned>(__builtin_ctzll(rest)));
+      }
+    }
+    const uint64_t together = LongAnchors(anchor.column, at, places) | (has_few ? 0 : places);
+    if (together == 0) return;
+    for (uint64_t sieves = anchor.sieves; sieves != 0; sieves &= sieves - 1) {
+      Join(static_cast<size_t>(__builtin_ctzll(sieves)), at, together);
+    }
+  }
+
+  // Anchors of more than one byte.
+  uint64_t LongAnchors(const SieveColumn& column, size_t at, uint64_t places) {
+    uint64_t found = 0;
+    if (column.long_text || column.long_blob) {
+      found = TwoBytes(column, Block(at)) | Block(at).long_forms().longer;
+    }
+    if (const uint64_t padded = job_.padded[at]; padded != 0) {
+      // The byte behind the block may be a serial type or another byte of padding.
+      found |= padded & ((places | padded) >> 1 | uint64_t{1} << 63);
+    }
+    return found;
+  }
+
+  // Goes from one anchor over the serial types around it, for the layouts in which the one in front
+  // of it fits.
+  void FollowFrom(const SieveAnchor& anchor, size_t at, unsigned bit) {
+    const uint8_t* const place = job_.bytes + at * kSieveBlock + bit;
+    uint64_t sieves = anchor.front_of[place[-1]] | anchor.behind_of[place[-2]];
+    for (; sieves != 0; sieves &= sieves - 1) {
+      const auto index = static_cast<size_t>(__builtin_ctzll(sieves));
+      const HeaderSieve& sieve = job_.sieves[index];
+      if (!FitsBehind(sieve, place)) continue;
+      const uint8_t* first = place;
+      const Way way = FollowFront(sieve, first);
+      if (way == Way::kDead) continue;
+      if (way == Way::kOpen) {
+        Join(index, at, uint64_t{1} << bit);
+        continue;
+      }
+      const auto position = static_cast<size_t>(first - job_.bytes);
+      Words(index)[position / kSieveBlock] |= uint64_t{1} << position % kSieveBlock;
+    }
+  }
+
+  // The columns behind the anchor, up to one whose serial type has more bytes.
+  static bool FitsBehind(const HeaderSieve& sieve, const uint8_t* place) {
+    for (unsigned column = sieve.first_behind; column != sieve.end_behind; column <<= 1) {
+      const uint8_t byte = *++place;
+      if (byte >= 0x80) return true;
+      if ((sieve.columns_of[byte] & column) == 0) return false;
+    }
+    return true;
+  }
+
+  enum class Way { kDead, kAlive, kOpen };
+
+  // From the anchor at `byte` to the first column, over serial types of one byte; open where there
+  // may be longer ones.
+  static Way FollowFront(const HeaderSieve& sieve, const uint8_t*& byte) {
+    for (unsigned column = 1U << (sieve.depth - 1); column != 1;) {
+      column >>= 1;
+      if ((sieve.columns_behind[byte[-2]] & column) != 0) return Way::kOpen;
+      if ((sieve.columns_of[byte[-1]] & column) == 0) return Way::kDead;
+      --byte;
+    }
+    return Way::kAlive;
+  }
+
+  // Lets the positions survive whose columns lead to one of the anchors in the block.
+  void Join(size_t index, size_t at, uint64_t anchors) {
+    const HeaderSieve& sieve = job_.sieves[index];
+    Alive alive{anchors, 0};
+    size_t k = sieve.depth - 1;
+    while (k > 0 && (alive.here | alive.front) != 0) {
+      alive = JoinColumn(sieve.columns[--k], at, alive);
+    }
+    if (at < job_.blocks) Words(index)[at] |= alive.here;
+    if (at > 0) Words(index)[at - 1] |= alive.front;
+  }
+
+  // The places of `column` from which its serial type leads to a place in `next`.
+  Alive JoinColumn(const SieveColumn& column, size_t at, const Alive& next) {
+    const bool reaches_front = at > 0 && next.ReachesFront();
+    const bool is_long = column.long_text || column.long_blob;
+    Alive alive;
+    BlockWords<Level>& here = Block(at);
+    alive.here = here.Members(column.set) & next.ShiftHere(1);
+    if (is_long) alive.here |= TwoBytes(column, here) & next.ShiftHere(2);
+    const uint64_t longer_here = LongerForms(is_long, at);
+    if (longer_here != 0) alive.here |= longer_here & AnyShift(next, 2).here;
+    if (!reaches_front) return alive;
+    BlockWords<Level>& front = Block(at - 1);
+    alive.front = front.Members(column.set) & next.ShiftFront(1);
+    if (is_long) alive.front |= TwoBytes(column, front) & next.ShiftFront(2);
+    const uint64_t longer_front = LongerForms(is_long, at - 1);
+    if (longer_front != 0) alive.front |= longer_front & AnyShift(next, 2).front;
     return alive;
   }
 
-  static uint64_t Join(BlockWords<Level>& block, const SieveColumn& column, const WordPair& next) {
-    uint64_t alive = block.Members(column.set) & next.Shift(1);
-    if (column.long_text) alive |= block.two_odd & next.Shift(2);
-    if (column.long_blob) alive |= block.two_even & next.Shift(2);
-    if ((column.long_text || column.long_blob) && block.longer != 0) {
-      alive |= block.longer & AnyShiftFrom3(next);
-    }
-    if (block.padded != 0) alive |= block.padded & AnyShiftFrom2(next);
-    return alive;
+  static uint64_t TwoBytes(const SieveColumn& column, BlockWords<Level>& block) {
+    const auto& forms = block.long_forms();
+    return (column.long_text ? forms.two_odd : 0) | (column.long_blob ? forms.two_even : 0);
+  }
+
+  // First bytes of varints whose length is left open, from 2 on.
+  uint64_t LongerForms(bool is_long, size_t at) {
+    return job_.padded[at] | (is_long ? Block(at).long_forms().longer : 0);
   }
 
   // Drops positions from which on `null_run` bytes are 0, as far as the run reaches the end of the
   // block; shorter runs are few positions and go to the full test.
-  uint64_t WithoutNullRuns(BlockWords<Level>& block, uint64_t alive) {
-    if (sieve_->null_run == 0) return alive;
-    const uint64_t zeros = block.Zeros();
-    const auto top = LeadingOnes(zeros);
-    const uint64_t reach = top + zeros_behind_;
-    zeros_behind_ = top == 64 ? zeros_behind_ + 64 : TrailingOnes(zeros);
-    if (reach < sieve_->null_run) return alive;
-    const uint64_t dropped = reach - sieve_->null_run + 1;  // positions from the run's first one
-    const unsigned begin = 64 - top;
-    const uint64_t count = dropped < top ? dropped : top;
-    if (count == 0) return alive;
-    const uint64_t mask = count == 64 ? ~uint64_t{0} : ((uint64_t{1} << count) - 1) << begin;
-    return alive & ~mask;
+  void DropNullRuns(uint64_t null_run, uint64_t* words) {
+    uint64_t zeros_behind = 0;  // zero bytes from the beginning of the block behind on
+    for (size_t at = job_.blocks + 1; at-- > 0;) {
+      const uint64_t zeros = Level::EqualTo(job_.bytes + at * kSieveBlock, 0);
+      const unsigned top = LeadingOnes(zeros);
+      const uint64_t reach = top + zeros_behind;
+      zeros_behind = top == 64 ? zeros_behind + 64 : TrailingOnes(zeros);
+      if (at == job_.blocks || reach < null_run || top == 0) continue;
+      const uint64_t dropped = reach - null_run + 1;  // positions from the run's first one
+      const uint64_t count = dropped < top ? dropped : top;
+      const uint64_t mask = count == 64 ? ~uint64_t{0} : ((uint64_t{1} << count) - 1) << (64 - top);
+      words[at] &= ~mask;
+    }
   }
 
-  // Begin sets what is used: a page has few blocks, and most states are none of its.
-  const HeaderSieve* sieve_;
-  uint64_t behind_[kMaxJoinedColumns];  // what was alive in the block behind, by column
-  uint64_t anchor_behind_;              // its members of the anchor's set
-  uint64_t zeros_behind_;               // zero bytes from its beginning on
-  bool alive_behind_;
+  const SieveJob& job_;
+  size_t entered_[2];
+  BlockWords<Level> blocks_[2];
 };
 
 template <typename Level>
 void SweepBlocks(const SieveJob& job) {
-  SieveState<Level> states[SievePlan::kMaxSieves];
-  for (size_t i = 0; i < job.sieve_count; ++i) states[i].Begin(job.sieves[i]);
-  uint64_t high_behind = 0;
-  uint64_t odd_behind = 0;
-  for (size_t at = job.blocks + 1; at-- > 0;) {
-    BlockWords<Level> block(job.sets, job.bytes + at * kSieveBlock);
-    block.JoinWith(high_behind, odd_behind);
-    if (at == job.blocks) block.OpenEnd();
-    high_behind = block.high();
-    odd_behind = block.odd();
-    for (size_t i = 0; i < job.sieve_count; ++i) {
-      const uint64_t alive = states[i].Step(block);
-      if (at < job.blocks) job.words[i * job.blocks + at] = alive;
-    }
-  }
+  Sweep<Level>(job).Run();
 }
 
 }  // namespace

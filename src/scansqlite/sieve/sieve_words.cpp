@@ -32,10 +32,10 @@ struct WordsLevel {
   static uint64_t OddBytes(const Block& block) {
     return Gather(block, [](uint64_t bytes) { return bytes & kLowBits; });
   }
-  static uint64_t EqualTo(const Block& block, uint8_t byte) {
+  static uint64_t EqualTo(const uint8_t* bytes, uint8_t byte) {
     const uint64_t wanted = kLowBits * byte;
-    return Gather(block, [wanted](uint64_t bytes) {
-      const uint64_t differing = bytes ^ wanted;
+    return Gather({bytes}, [wanted](uint64_t eight) {
+      const uint64_t differing = eight ^ wanted;
       const uint64_t low = (differing & ~(kLowBits << 7)) + ~(kLowBits << 7);
       return ~(low | differing) >> 7 & kLowBits;
     });

@@ -261,9 +261,19 @@ TEST_F(FileDataBufTest, SliceIsACopyOfItsOwn) {
 TEST_F(FileDataBufTest, FileThatShrankWhileOpenReadsAsZeroInSlices) {
   const std::string path = Write(Pattern(100000));
   FileDataBuf file(path);
+  EXPECT_EQ(file.ReadByte(0), Pattern(100000)[0]);
   fs::resize_file(path, 10);
   EXPECT_EQ(TakeSlice(file.ReadRange(90000, 10000)), Bytes(10000));
   EXPECT_EQ(file.ReadByte(50000), Pattern(100000)[50000]);  // held in the window
+}
+
+TEST_F(FileDataBufTest, WindowIsLoadedWhenItsFirstByteIsAskedFor) {
+  const std::string path = Write(Pattern(100000));
+  FileDataBuf file(path);
+  EXPECT_EQ(file.window_end(), 100000U);
+  fs::resize_file(path, 10);
+  EXPECT_EQ(file.ReadByte(9), Pattern(100000)[9]);
+  EXPECT_EQ(file.ReadByte(10), 0);
 }
 
 TEST_F(FileDataBufTest, ReadsAgreeWithThePlainBytesWhateverTheJumps) {
