@@ -1,6 +1,5 @@
 #include "micro/micro_source.h"
 
-#include <bit>
 #include <filesystem>
 #include <map>
 #include <memory>
@@ -44,16 +43,11 @@ std::vector<uint64_t> MicroSource::Survivors() {
   const RecordPlan& record = live_pass().plan;
   plan.Add(record.sets, record.first, record.required);
   std::vector<uint64_t> positions;
-  SieveResult words;
+  SieveResult survivors;
   for (size_t page = kMicroPage; page < size(); page += kMicroPage) {
     const size_t begin = page + kPageHeader;
-    Sieve(plan, BestSieveLevel(), bytes_.data() + begin, kMicroPage - kPageHeader, words);
-    for (size_t block = 0; block < words.blocks(); ++block) {
-      for (uint64_t word = words.Words(0)[block]; word != 0; word &= word - 1) {
-        positions.push_back(begin + block * kSieveBlock +
-                            static_cast<unsigned>(std::countr_zero(word)));
-      }
-    }
+    Sieve(plan, BestSieveLevel(), bytes_.data() + begin, kMicroPage - kPageHeader, survivors);
+    survivors.ForEach(0, [&](size_t place) { positions.push_back(begin + place); });
   }
   return positions;
 }

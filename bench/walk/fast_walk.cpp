@@ -1,6 +1,5 @@
 #include "walk/fast_walk.h"
 
-#include <bit>
 #include <set>
 #include <stdexcept>
 
@@ -38,16 +37,6 @@ SweptLayouts MakeLayouts(const std::vector<TablePasses>& tables, FastWalk::Depth
   return layouts;
 }
 
-template <typename Take>
-void ForEachSurvivor(const SieveResult& words, size_t sieve, uint64_t begin, const Take& take) {
-  const uint64_t* const blocks = words.Words(sieve);
-  for (size_t block = 0; block < words.blocks(); ++block) {
-    for (uint64_t word = blocks[block]; word != 0; word &= word - 1) {
-      take(begin + block * kSieveBlock + static_cast<unsigned>(std::countr_zero(word)));
-    }
-  }
-}
-
 }  // namespace
 
 FastWalk::FastWalk(const ScanContext& context) : probe_(context) {
@@ -79,14 +68,16 @@ WalkCounts FastWalk::SweepSource(Source& source, Cursor cursor, SieveLevel level
   SweptLayouts layouts = MakeLayouts(tables_, depth);
   WalkCounts counts;
   counts.bytes = source.size();
-  SieveResult words;
+  SieveResult survivors;
   while (cursor.InSource()) {
     Segment segment;
     if (!cursor.Enter(segment) || segment.begin >= segment.end) continue;
     const ByteView view = source.View(segment.begin, segment.end);
-    Sieve(layouts.plan.sieves, level, view.At(segment.begin), segment.end - segment.begin, words);
+    Sieve(layouts.plan.sieves, level, view.At(segment.begin), segment.end - segment.begin,
+          survivors);
     for (SweptGroup& group : layouts.plan.groups) {
-      ForEachSurvivor(words, group.sieve, segment.begin, [&](uint64_t position) {
+      survivors.ForEach(group.sieve, [&](size_t place) {
+        const uint64_t position = segment.begin + place;
         counts.sieved += group.members.size();
         if (depth == Depth::kSieve) return;
         group.header->Read(view, position);
@@ -106,29 +97,30 @@ template <typename Source, typename Cursor>
 WalkCounts FastWalk::CountPlacesOf(Source& source, Cursor cursor) {
   SweptLayouts layouts = MakeLayouts(tables_, Depth::kHeaders);
   WalkCounts counts;
-  SieveResult words;
+  SieveResult survivors;
   std::set<uint64_t> sieved;
-  std::set<uint64_t> survivors;
+  std::set<uint64_t> accepted;
   while (cursor.InSource()) {
     Segment segment;
     if (!cursor.Enter(segment) || segment.begin >= segment.end) continue;
     const ByteView view = source.View(segment.begin, segment.end);
     Sieve(layouts.plan.sieves, BestSieveLevel(), view.At(segment.begin),
-          segment.end - segment.begin, words);
+          segment.end - segment.begin, survivors);
     sieved.clear();
-    survivors.clear();
+    accepted.clear();
     for (SweptGroup& group : layouts.plan.groups) {
-      ForEachSurvivor(words, group.sieve, segment.begin, [&](uint64_t position) {
+      survivors.ForEach(group.sieve, [&](size_t place) {
+        const uint64_t position = segment.begin + place;
         sieved.insert(position);
         for (const size_t member : group.members) {
           if (layouts.tests[member]->Test(view, position) != Verdict::kMiss) {
-            survivors.insert(position);
+            accepted.insert(position);
           }
         }
       });
     }
     counts.sieved += sieved.size();
-    counts.survivors += survivors.size();
+    counts.survivors += accepted.size();
   }
   return counts;
 }

@@ -1,6 +1,7 @@
 #include "scansqlite/carving/record_plan.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -43,6 +44,22 @@ bool ReadsText(const FieldFeature& feature) {
   return feature.field_type == kFieldText || feature.field_type_candidate == kFieldText;
 }
 
+ValueCheck MakeCheck(uint32_t column, const FieldFeature& feature) {
+  ValueCheck check;
+  check.column = column;
+  check.feature = &feature;
+  check.refused_bytes = RefusedBytes(feature);
+  check.takes_number = feature.field_type == kFieldInteger;
+  check.admits_null = check.takes_number && feature.is_not_null != 1;
+  check.lowest = std::numeric_limits<int64_t>::min();
+  check.highest = std::numeric_limits<int64_t>::max();
+  for (const ValueRange& range : feature.value_ranges) {
+    check.lowest = std::max(check.lowest, range.min);
+    check.highest = std::min(check.highest, range.max);
+  }
+  return check;
+}
+
 std::vector<ValueCheck> MergeChecks(const FeatureMaps& features) {
   std::vector<ValueCheck> checks;
   for (const FeatureMap& map : features) {
@@ -51,10 +68,7 @@ std::vector<ValueCheck> MergeChecks(const FeatureMaps& features) {
       const bool is_known = std::any_of(checks.begin(), checks.end(), [&](const ValueCheck& check) {
         return SameCheck(*check.feature, feature);
       });
-      if (!is_known) {
-        checks.push_back(
-            {static_cast<uint32_t>(entry.first), &feature, RefusedBytes(feature), false});
-      }
+      if (!is_known) checks.push_back(MakeCheck(static_cast<uint32_t>(entry.first), feature));
     }
   }
   for (ValueCheck& check : checks) {
@@ -105,6 +119,8 @@ std::vector<FieldSource> MakeFieldSources(const TableFields& fields,
       source.is_row_id = result->is_row_id_field == 1;
       source.column = result->column_index;
       source.field_type = result->field_type;
+      source.is_usual = !source.is_row_id && source.column >= 0 &&
+                        (source.field_type == kFieldInteger || source.field_type == kFieldText);
     }
     sources.push_back(source);
   }

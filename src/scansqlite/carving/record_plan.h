@@ -14,6 +14,11 @@ struct ValueCheck {
   const FieldFeature* feature = nullptr;
   // By byte value: 1 where a text or blob may not hold it. Empty: it may hold any.
   std::vector<uint8_t> refused_bytes;
+  // Of a check that reads a number first: what surely passes.
+  bool takes_number = false;
+  bool admits_null = false;
+  int64_t lowest = 0;
+  int64_t highest = 0;
   // Some check of the column reads a text, which cleans the bytes for all that come after it.
   bool reads_after_cleaning = false;
 };
@@ -22,6 +27,7 @@ struct ValueCheck {
 struct FieldSource {
   bool is_row_id = false;
   bool is_absent = false;  // no result field has the name: NULL
+  bool is_usual = false;   // an integer or a text of a column
   int32_t column = 0;
   int32_t field_type = 0;
 };

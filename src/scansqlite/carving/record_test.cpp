@@ -1,5 +1,8 @@
 #include "scansqlite/carving/record_test.h"
 
+#include <bit>
+#include <cstring>
+
 #include "common/sqlitecommon/raw_value.h"
 #include "scansqlite/carving/cell_head.h"
 #include "scansqlite/carving/position_test.h"
@@ -20,6 +23,22 @@ int32_t ClassOfValue(uint64_t type) {
 
 // Neither NULL nor reserved.
 bool IsValue(uint64_t type) { return type != 0 && type != 10 && type != 11; }
+
+// Bytes in front of a value that may be loaded with it.
+constexpr uint64_t kNumberReach = 8;
+
+// The number of serial type 1 to 6, of `length` bytes, loaded with what stands in front of it.
+int64_t LoadNumber(const uint8_t* bytes, uint32_t length) {
+  uint64_t loaded = 0;
+  std::memcpy(&loaded, bytes + length - sizeof loaded, sizeof loaded);
+  if constexpr (std::endian::native == std::endian::little) loaded = __builtin_bswap64(loaded);
+  const uint32_t others = 64 - 8 * length;
+  return static_cast<int64_t>(loaded << others) >> others;
+}
+
+bool IsNumber(uint64_t type) { return type - 1 < 6; }
+bool IsConstantType(uint64_t type) { return type - 8 < 2; }
+bool IsText(uint64_t type) { return type % 2 != 0 && type >= 13; }
 
 // Whether reading the value as a text changes none of its bytes.
 bool StaysAsItIs(const RecordValue& value) {
@@ -57,13 +76,30 @@ Verdict RecordTest::TestHeader(const ByteView& view) {
 RecordValue RecordTest::ValueAt(size_t column) const {
   const uint64_t type = header_->type(column);
   if (type == HeaderCells::kAliasType) return {type, nullptr, 0};
-  if (type == 8 || type == 9) return {type, &kConstants[type - 8], 1};
+  if (IsConstantType(type)) return {type, &kConstants[type - 8], 1};
   return {type, body_ + header_->place(column), header_->length(column)};
+}
+
+// Most checks are of numbers, and pass.
+bool RecordTest::PassesAsNumber(const ValueCheck& check) const {
+  const uint64_t type = header_->type(check.column);
+  if (type == 0) return check.admits_null;
+  int64_t number = 0;
+  if (IsNumber(type)) {
+    const uint64_t place = header_->place(check.column);
+    number = LoadNumber(body_ + place, header_->length(check.column));
+  } else if (IsConstantType(type)) {
+    number = static_cast<int64_t>(type - 8);
+  } else {
+    return false;
+  }
+  return check.lowest <= number && number <= check.highest;
 }
 
 Verdict RecordTest::CheckValues() const {
   bool is_open = false;
   for (const ValueCheck& check : plan_.checks) {
+    if (check.takes_number && PassesAsNumber(check)) continue;
     const RecordValue value = ValueAt(check.column);
     const Verdict verdict = CheckValue(check, value);
     if (verdict == Verdict::kHit) continue;
@@ -82,6 +118,7 @@ Verdict RecordTest::Test(const ByteView& view, uint64_t position) {
 
 Verdict RecordTest::TestBehind(const HeaderCells& header, const ByteView& view, uint64_t position) {
   header_ = &header;
+  if (position < kNumberReach) return Verdict::kOpen;
   if (const Verdict verdict = TestHeader(view); verdict != Verdict::kHit) return verdict;
   if (!plan_.is_fast) return Verdict::kOpen;
   CarvedRecord record;
@@ -113,13 +150,38 @@ bool RecordTest::BuildRow(const ByteView& view, uint64_t position, std::vector<B
                           RowIdHint& hint) {
   hint = FindRowId(view, position);
   const size_t before = row.size();
+  row.resize(before + plan_.fields.size());
+  BoundValue* out = row.data() + before;
   for (const FieldSource& source : plan_.fields) {
-    row.emplace_back();
-    if (!BuildValue(source, hint, row.back())) {
+    if (!BuildUsualValue(source, *out) && !BuildValue(source, hint, *out)) {
       row.resize(before);
       return false;
     }
+    ++out;
   }
+  return true;
+}
+
+// A value of the kind that its column is for. False leaves it to BuildValue.
+bool RecordTest::BuildUsualValue(const FieldSource& source, BoundValue& out) const {
+  const auto column = static_cast<size_t>(source.column);
+  if (!source.is_usual || column >= count_) return false;
+  const uint64_t type = header_->type(column);
+  if (type == 0) return true;  // NULL
+  const uint8_t* const bytes = body_ + header_->place(column);
+  const uint32_t length = header_->length(column);
+  if (source.field_type == kFieldInteger) {
+    if (IsNumber(type)) {
+      out = BoundValue::Integer(LoadNumber(bytes, length));
+    } else if (IsConstantType(type)) {
+      out = BoundValue::Integer(static_cast<int64_t>(type - 8));
+    } else {
+      return false;
+    }
+    return true;
+  }
+  if (!IsText(type) || type == HeaderCells::kAliasType || !IsCleanText(bytes, length)) return false;
+  out = BoundValue::Text(bytes, length);
   return true;
 }
 

@@ -51,8 +51,10 @@ class RecordTest {
   Verdict TestHeader(const ByteView& view);
   bool HoldsValue() const;
   RecordValue ValueAt(size_t column) const;
+  bool PassesAsNumber(const ValueCheck& check) const;
   Verdict CheckValues() const;
   RowIdHint FindRowId(const ByteView& view, uint64_t position) const;
+  bool BuildUsualValue(const FieldSource& source, BoundValue& out) const;
   bool BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out) const;
 
   const RecordPlan& plan_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "scansqlite/carving/cell_head.h"
 #include "scansqlite/deleted/page_types.h"
 #include "scansqlite/sieve/header_sieve.h"
 
@@ -61,9 +62,8 @@ ByteView MainFileSource::View(uint64_t begin, uint64_t end) {
 bool MainFileSource::HasUsualPages() const { return header_.page_size >= kSmallestPage; }
 
 SegmentCare MainFileSource::CareFor(const Segment& segment) const {
-  if (!HasUsualPages() || segment.begin < header_.page_size) {
-    return SegmentCare::kGeneral;
-  }
+  // The search for a cell head must not run out of the file's beginning, which shows in log lines.
+  if (!HasUsualPages() || segment.begin < kUsualHeadRoom) return SegmentCare::kGeneral;
   if (!is_sound_ || segment.end > kLastPlainOffset) return SegmentCare::kCareful;
   return SegmentCare::kFast;
 }

@@ -6,7 +6,6 @@
 // passes then only visit those. The order in which rows are saved stays table, layout, position.
 
 #include <algorithm>
-#include <bit>
 #include <vector>
 
 #include "common/common/log.h"
@@ -89,10 +88,11 @@ class PassRunner {
     SweepPlan& plan = is_careful ? careful_plan_ : plan_;
     if (plan.groups.empty()) return;
     const ByteView view = source_.View(segment.begin, segment.end);
-    Sieve(plan.sieves, level_, view.At(segment.begin), segment.end - segment.begin, words_);
+    Sieve(plan.sieves, level_, view.At(segment.begin), segment.end - segment.begin, survivors_);
     KeepEndOfSource(segment);
     for (SweptGroup& group : plan.groups) {
-      ForEachSurvivor(group.sieve, segment.begin, [&](uint64_t position) {
+      survivors_.ForEach(group.sieve, [&](size_t place) {
+        const uint64_t position = segment.begin + place;
         const bool is_readable = group.header->Read(view, position);
         for (const size_t member : group.members) {
           DeletedPass& pass = *passes_[member];
@@ -118,19 +118,9 @@ class PassRunner {
     const uint64_t reach = std::min(source_.size(), kLongestJoin);
     const uint64_t from = std::max(segment.begin, source_.size() - reach);
     for (uint64_t position = from; position < segment.end; ++position) {
-      const uint64_t bit = position - segment.begin;
-      for (size_t sieve = 0; sieve < words_.sieves(); ++sieve) {
-        words_.Words(sieve)[bit / kSieveBlock] |= uint64_t{1} << bit % kSieveBlock;
-      }
-    }
-  }
-
-  template <typename Take>
-  void ForEachSurvivor(size_t sieve, uint64_t begin, const Take& take) {
-    const uint64_t* words = words_.Words(sieve);
-    for (size_t block = 0; block < words_.blocks(); ++block) {
-      for (uint64_t word = words[block]; word != 0; word &= word - 1) {
-        take(begin + block * kSieveBlock + static_cast<unsigned>(std::countr_zero(word)));
+      const uint64_t place = position - segment.begin;
+      for (size_t sieve = 0; sieve < survivors_.sieves(); ++sieve) {
+        survivors_.Add(sieve, place);
       }
     }
   }
@@ -196,7 +186,7 @@ class PassRunner {
   std::vector<DeletedPass*> passes_;  // of the sweep; the rows of the first one are saved
   SweepPlan plan_;
   SweepPlan careful_plan_;
-  SieveResult words_;
+  SieveResult survivors_;
   SerialTypeCells cells_;
   RowValue row_;
 };

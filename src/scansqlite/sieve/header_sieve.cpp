@@ -28,7 +28,7 @@ uint32_t DensityOf(const SerialTypeSet& set) {
 }
 
 // The share of all positions that may survive for nothing.
-constexpr double kFewSurvivors = 0.0005;
+constexpr double kFewSurvivors = 0.00002;
 
 // The column that fewest bytes satisfy; of equals the nearest, which costs least.
 size_t FindAnchor(const std::vector<SerialTypeSet>& sets, size_t first, size_t end) {
@@ -85,11 +85,15 @@ void NoteSieve(SievePlan& plan, size_t index) {
     const bool has_front = sieve.depth > 1;
     const unsigned front = has_front ? 1U << (sieve.depth - 2) : 0;
     if (!has_front || (sieve.columns_of[byte] & front) != 0) at->front_of[byte] |= bit;
-    if ((sieve.columns_behind[byte] & front) != 0) at->behind_of[byte] |= bit;
+    if ((sieve.columns_behind[byte] & front) != 0) at->long_front_of[byte] |= bit;
+    const bool looks_behind = sieve.first_behind != sieve.end_behind && byte < 0x80;
+    if (!looks_behind || (sieve.columns_of[byte] & sieve.first_behind) != 0) {
+      at->next_of[byte] |= bit;
+    }
   }
 }
 
-// While too many positions would survive, columns behind the anchor are looked at as well.
+// One column behind the anchor is looked at, and more while too many positions would survive.
 void AddColumnsBehind(const std::vector<SerialTypeSet>& sets, size_t first, size_t end,
                       HeaderSieve& sieve) {
   double share = 1;
@@ -97,7 +101,8 @@ void AddColumnsBehind(const std::vector<SerialTypeSet>& sets, size_t first, size
   for (; column < first + sieve.depth; ++column) share *= DensityOf(sets[column]) / 1000.0;
   unsigned bit = 1U << sieve.depth;
   sieve.first_behind = bit;
-  for (; column < end && share > kFewSurvivors; ++column, bit <<= 1) {
+  for (; column < end && (bit == sieve.first_behind || share > kFewSurvivors);
+       ++column, bit <<= 1) {
     NoteBytes(sets[column], bit, sieve);
     share *= DensityOf(sets[column]) / 1000.0;
   }
@@ -141,6 +146,7 @@ void SieveResult::Resize(size_t sieves, size_t blocks) {
   sieves_ = sieves;
   blocks_ = blocks;
   words_.resize(sieves * blocks);
+  marks_.resize(sieves * marks_of_sieve());
 }
 
 uint64_t* SieveResult::Scratch(size_t count) {
@@ -175,8 +181,8 @@ void Sieve(const SievePlan& plan, SieveLevel level, const uint8_t* bytes, size_t
   if (blocks == 0) return;
   uint64_t* const scratch = result.Scratch(2 * (blocks + 1));
   SieveBlocks(level, {plan.sets.data(), plan.sieves.data(), plan.sieves.size(), bytes, blocks,
-                      result.Words(0), plan.anchors.data(), plan.anchors.size(), scratch,
-                      scratch + blocks + 1});
+                      result.Words(0), result.Marks(0), result.marks_of_sieve(),
+                      plan.anchors.data(), plan.anchors.size(), scratch, scratch + blocks + 1});
   const size_t tail = count % kSieveBlock;
   if (tail == 0) return;
   for (size_t i = 0; i < plan.sieves.size(); ++i) {

@@ -31,6 +31,7 @@
 // ---------------------------------------------------------------------------------------------
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -78,14 +79,16 @@ struct HeaderSieve {
   bool operator==(const HeaderSieve& other) const = default;
 };
 
-// An anchor, and what the byte in front of it says of the sieves that have it, a bit for each.
+// An anchor, and what the bytes around it say of the sieves that have it, a bit for each.
 struct SieveAnchor {
   SieveColumn column;
   uint64_t sieves = 0;
   // By the byte in front: those whose column there has it as serial type, or that have no column
   // there. By the byte in front of that: those that may have a longer serial type there.
   uint64_t front_of[256] = {};
-  uint64_t behind_of[256] = {};
+  uint64_t long_front_of[256] = {};
+  // By the byte behind: those whose column there may begin with it, or that look at none.
+  uint64_t next_of[256] = {};
   // All bits when every block has to be looked at, since the anchor has long forms.
   uint64_t any_block = 0;
 };
@@ -112,14 +115,40 @@ struct SievePlan {
   int Add(const std::vector<SerialTypeSet>& sets_of_columns, size_t first, size_t required);
 };
 
-// Words of survivors, block after block, for each sieve of the plan.
+// The positions that survive for each sieve of a plan: a word for each block, and a mark for each
+// word that may have bits, since most have none.
 class SieveResult {
  public:
   void Resize(size_t sieves, size_t blocks);
-  uint64_t* Words(size_t sieve) { return words_.data() + sieve * blocks_; }
-  const uint64_t* Words(size_t sieve) const { return words_.data() + sieve * blocks_; }
   size_t blocks() const { return blocks_; }
   size_t sieves() const { return sieves_; }
+
+  uint64_t* Words(size_t sieve) { return words_.data() + sieve * blocks_; }
+  const uint64_t* Words(size_t sieve) const { return words_.data() + sieve * blocks_; }
+  uint64_t* Marks(size_t sieve) { return marks_.data() + sieve * marks_of_sieve(); }
+  const uint64_t* Marks(size_t sieve) const { return marks_.data() + sieve * marks_of_sieve(); }
+  size_t marks_of_sieve() const { return (blocks_ + kSieveBlock - 1) / kSieveBlock; }
+
+  // Lets a position survive.
+  void Add(size_t sieve, size_t position) {
+    const size_t block = position / kSieveBlock;
+    Words(sieve)[block] |= uint64_t{1} << position % kSieveBlock;
+    Marks(sieve)[block / kSieveBlock] |= uint64_t{1} << block % kSieveBlock;
+  }
+
+  // Calls `take` with each survivor of the sieve, upward.
+  template <typename Take>
+  void ForEach(size_t sieve, const Take& take) const {
+    for (size_t i = 0; i < marks_of_sieve(); ++i) {
+      for (uint64_t mark = Marks(sieve)[i]; mark != 0; mark &= mark - 1) {
+        const size_t block = i * kSieveBlock + static_cast<size_t>(std::countr_zero(mark));
+        if (block >= blocks_) return;
+        for (uint64_t word = Words(sieve)[block]; word != 0; word &= word - 1) {
+          take(block * kSieveBlock + static_cast<size_t>(std::countr_zero(word)));
+        }
+      }
+    }
+  }
 
   // Room for `count` words that nobody keeps.
   uint64_t* Scratch(size_t count);
@@ -128,6 +157,7 @@ class SieveResult {
   size_t sieves_ = 0;
   size_t blocks_ = 0;
   std::vector<uint64_t> words_;
+  std::vector<uint64_t> marks_;
   std::vector<uint64_t> scratch_;
 };
 

@@ -65,10 +65,10 @@ bool CouldPassAs(int32_t field_type, const FieldFeature& feature, const SerialTy
   }
 }
 
-bool MatchesAllFeatures(const FeatureMaps& features, int32_t column, const SerialTypeCell& cell,
-                        SetDepth depth) {
-  SerialTypeCells cells(static_cast<size_t>(column) + 1);
-  cells.back() = cell;
+// `cells` ends with the cell of the column.
+bool MatchesAllFeatures(const FeatureMaps& features, const SerialTypeCells& cells, SetDepth depth) {
+  const SerialTypeCell& cell = cells.back();
+  const auto column = static_cast<int32_t>(cells.size() - 1);
   for (const FeatureMap& map : features) {
     const auto at = map.find(column);
     if (at == map.end()) continue;
@@ -84,12 +84,14 @@ bool MatchesAllFeatures(const FeatureMaps& features, int32_t column, const Seria
 }
 
 SerialTypeSet MakeSet(const CarveLayout& layout, size_t column, SetDepth depth) {
+  SerialTypeCells cells(column + 1);
   const auto admits = [&](uint64_t serial_type, SetDepth to) {
     SerialTypeCell cell;
     cell.serial_type = serial_type;
     DecodeSerialType(cell);
+    cells.back() = cell;
     return ColumnAllows(layout.columns[column], cell.storage_class) &&
-           MatchesAllFeatures(*layout.features, static_cast<int32_t>(column), cell, to);
+           MatchesAllFeatures(*layout.features, cells, to);
   };
   SerialTypeSet set;
   for (uint32_t type = 0; type < kShortTypes; ++type) {

@@ -11,6 +11,8 @@ struct SieveJob {
   const uint8_t* bytes;  // readable for one block more than `blocks`
   size_t blocks;
   uint64_t* words;  // of the first sieve, then of the second, `blocks` each
+  uint64_t* marks;  // a bit for each word that may not be 0, `marks_of_sieve` for each sieve
+  size_t marks_of_sieve;
   const SieveAnchor* anchors;
   size_t anchor_count;
   uint64_t* anchor_words;  // room for one word more than `blocks`

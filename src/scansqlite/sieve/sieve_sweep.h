@@ -132,6 +132,12 @@ class Sweep {
   static constexpr int kFewAnchors = 6;
 
   uint64_t* Words(size_t sieve) const { return job_.words + sieve * job_.blocks; }
+  uint64_t* Marks(size_t sieve) const { return job_.marks + sieve * job_.marks_of_sieve; }
+
+  void Add(size_t sieve, size_t block, uint64_t bits) const {
+    Words(sieve)[block] |= bits;
+    Marks(sieve)[block / kSieveBlock] |= uint64_t{1} << block % kSieveBlock;
+  }
 
   // Nothing survives yet but where no column is looked at. Bytes that may begin a long form of a
   // small number are those whose first seven bits are 0.
@@ -142,6 +148,7 @@ class Sweep {
     for (size_t i = 0; i < job_.sieve_count; ++i) {
       const uint64_t none_or_all = job_.sieves[i].depth == 0 ? ~uint64_t{0} : 0;
       for (size_t at = 0; at < job_.blocks; ++at) Words(i)[at] = none_or_all;
+      for (size_t at = 0; at < job_.marks_of_sieve; ++at) Marks(i)[at] = none_or_all;
     }
   }
 
@@ -167,7 +174,7 @@ class Sweep {
     const bool has_few = __builtin_popcountll(places) <= kFewAnchors && !is_edge;
     if (has_few) {
       for (uint64_t rest = places; rest != 0; rest &= rest - 1) {
-        FollowFrom(anchor, at, static_cast<unsigned>(__builtin_ctzll(rest)));
+        FollowFrom(anchor, job_.bytes + at * kSieveBlock + __builtin_ctzll(rest));
       }
     }
     const uint64_t together = LongAnchors(anchor.column, at, places) | (has_few ? 0 : places);
@@ -190,24 +197,16 @@ class Sweep {
     return found;
   }
 
-  // Goes from one anchor over the serial types around it, for the layouts in which the one in front
-  // of it fits.
-  void FollowFrom(const SieveAnchor& anchor, size_t at, unsigned bit) {
-    const uint8_t* const place = job_.bytes + at * kSieveBlock + bit;
-    uint64_t sieves = anchor.front_of[place[-1]] | anchor.behind_of[place[-2]];
+  // Goes from one anchor over the serial types around it, for the layouts in which the bytes next
+  // to it fit.
+  void FollowFrom(const SieveAnchor& anchor, const uint8_t* place) const {
+    uint64_t sieves = (anchor.front_of[place[-1]] | anchor.long_front_of[place[-2]]) &  //
+                      anchor.next_of[place[1]];
     for (; sieves != 0; sieves &= sieves - 1) {
       const auto index = static_cast<size_t>(__builtin_ctzll(sieves));
       const HeaderSieve& sieve = job_.sieves[index];
       if (!FitsBehind(sieve, place)) continue;
-      const uint8_t* first = place;
-      const Way way = FollowFront(sieve, first);
-      if (way == Way::kDead) continue;
-      if (way == Way::kOpen) {
-        Join(index, at, uint64_t{1} << bit);
-        continue;
-      }
-      const auto position = static_cast<size_t>(first - job_.bytes);
-      Words(index)[position / kSieveBlock] |= uint64_t{1} << position % kSieveBlock;
+      FollowFront(index, sieve, 1U << (sieve.depth - 1), place);
     }
   }
 
@@ -221,18 +220,30 @@ class Sweep {
     return true;
   }
 
-  enum class Way { kDead, kAlive, kOpen };
-
-  // From the anchor at `byte` to the first column, over serial types of one byte; open where there
-  // may be longer ones.
-  static Way FollowFront(const HeaderSieve& sieve, const uint8_t*& byte) {
-    for (unsigned column = 1U << (sieve.depth - 1); column != 1;) {
+  // The columns below the bit `column` end in front of `end`. Lets the positions survive from which
+  // they can begin. There is a block in front of the anchor, and no header is longer than that.
+  void FollowFront(size_t index, const HeaderSieve& sieve, unsigned column,
+                   const uint8_t* end) const {
+    for (; column != 1; --end) {
       column >>= 1;
-      if ((sieve.columns_behind[byte[-2]] & column) != 0) return Way::kOpen;
-      if ((sieve.columns_of[byte[-1]] & column) == 0) return Way::kDead;
-      --byte;
+      if ((sieve.columns_behind[end[-2]] & column) != 0) FollowLong(index, sieve, column, end);
+      if ((sieve.columns_of[end[-1]] & column) == 0) return;
     }
-    return Way::kAlive;
+    const auto position = static_cast<size_t>(end - job_.bytes);
+    Add(index, position / kSieveBlock, uint64_t{1} << position % kSieveBlock);
+  }
+
+  // The same with a serial type of 2 to 9 bytes in that column. Only the last of nine may be 0x80
+  // or more.
+  void FollowLong(size_t index, const HeaderSieve& sieve, unsigned bit, const uint8_t* end) const {
+    const SieveColumn& column = sieve.columns[__builtin_ctz(bit)];
+    const bool is_long = end[-1] % 2 == 0 ? column.long_blob : column.long_text;
+    bool is_padded = true;
+    for (int length = 2; length <= 9 && end[-length] >= 0x80; ++length) {
+      is_padded = is_padded && end[-length] == 0x80;
+      if (end[-1] >= 0x80 && length != 9) continue;
+      if (is_long || is_padded) FollowFront(index, sieve, bit, end - length);
+    }
   }
 
   // Lets the positions survive whose columns lead to one of the anchors in the block.
@@ -243,8 +254,8 @@ class Sweep {
     while (k > 0 && (alive.here | alive.front) != 0) {
       alive = JoinColumn(sieve.columns[--k], at, alive);
     }
-    if (at < job_.blocks) Words(index)[at] |= alive.here;
-    if (at > 0) Words(index)[at - 1] |= alive.front;
+    if (at < job_.blocks && alive.here != 0) Add(index, at, alive.here);
+    if (at > 0 && alive.front != 0) Add(index, at - 1, alive.front);
   }
 
   // The places of `column` from which its serial type leads to a place in `next`.

@@ -32,16 +32,21 @@ Bits Survivors(const SievePlan& plan, SieveLevel level, const Bytes& bytes, size
                    bytes.begin() + static_cast<std::ptrdiff_t>(from + count + kSieveOverhang));
   SieveResult result;
   Sieve(plan, level, part.data(), count, result);
+  std::vector<size_t> listed;
+  result.ForEach(sieve, [&](size_t position) { listed.push_back(position); });
   EXPECT_EQ(result.blocks(), blocks);
   Bits bits;
+  std::vector<size_t> marked;
   for (size_t i = 0; i < blocks * kSieveBlock; ++i) {
     const bool is_set = (result.Words(sieve)[i / kSieveBlock] >> (i % kSieveBlock) & 1U) != 0;
+    if (is_set) marked.push_back(i);
     if (i < count) {
       bits.push_back(is_set);
     } else {
       EXPECT_FALSE(is_set) << "behind the positions asked for, at " << i;
     }
   }
+  EXPECT_EQ(listed, marked);
   return bits;
 }
 
@@ -260,12 +265,13 @@ TEST_F(HeaderSieveTest, LayoutsThatAgreeUpToTheAnchorShareASieve) {
   std::vector<SerialTypeSet> sets = AnythingIn(6);
   sets[0].short_types = {uint64_t{31} << 5, 0};
   sets[0].long_text = sets[0].long_blob = false;
+  sets[1] = sets[0];
   sets[2].short_types = {uint64_t{1} << 5, 0};  // six bytes, nothing else
   sets[2].long_text = sets[2].long_blob = false;
   EXPECT_EQ(plan_.Add(sets, 0, 6), 0);
   sets.resize(9, AnythingIn(1)[0]);
   EXPECT_EQ(plan_.Add(sets, 0, 9), 0);
-  sets[1].long_blob = false;
+  sets[1].long_blob = true;
   EXPECT_EQ(plan_.Add(sets, 0, 9), 1);
   EXPECT_EQ(plan_.sieves[0].depth, 3U);
 }
