@@ -55,7 +55,7 @@ void TestAndBuildRow(benchmark::State& state) {
     for (const uint64_t position : positions) {
       row.clear();
       if (test.Test(source.View(), position) == Verdict::kHit) {
-        benchmark::DoNotOptimize(test.BuildRow(source.View(), position, row, hint));
+        benchmark::DoNotOptimize(test.BuildRow(test.FindRowId(source.View(), position), row));
       }
     }
   }

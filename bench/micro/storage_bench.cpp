@@ -55,7 +55,7 @@ class Rows {
     for (const uint64_t position : source.Records()) {
       if (count_ == kRows) break;
       if (test.Test(source.View(), position) != Verdict::kHit) continue;
-      if (test.BuildRow(source.View(), position, values_, hint)) ++count_;
+      if (test.BuildRow(test.FindRowId(source.View(), position), values_)) ++count_;
     }
   }
 

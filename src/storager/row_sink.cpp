@@ -103,6 +103,10 @@ void RowSink::SaveAll(RowSource& rows) {
   }
 }
 
+bool RowSink::IsKnown(const BoundValue* values) {
+  return keys_ != nullptr && MakeKey(values) && keys_->Contains(key_);
+}
+
 // A key is short, since all keys are kept: each value has its kind and its length in front, and a
 // number only the bytes that it needs. Equal keys are the same kinds with the same bytes.
 bool RowSink::MakeKey(const BoundValue* values) {

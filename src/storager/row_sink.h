@@ -29,6 +29,14 @@ class RowSink {
   // Saves rows until the source ends.
   void SaveAll(RowSource& rows);
 
+  // Whether rows can be known by their keys at all.
+  bool KeepsKeys() const { return keys_ != nullptr; }
+
+  // Whether a row with the key of this one was saved, so that it would be dropped. Only the values
+  // of the unique fields are looked at.
+  bool IsKnown(const BoundValue* values);
+
+  const std::vector<uint32_t>& unique_fields() const { return unique_fields_; }
   size_t field_count() const { return fields_.size(); }
   const TableFields& fields() const { return fields_; }
 

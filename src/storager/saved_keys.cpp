@@ -53,23 +53,30 @@ bool SavedKeys::Matches(const Slot& slot, uint32_t tag, const std::vector<uint8_
   return stored.size == key.size() && std::memcmp(stored.bytes, key.data(), stored.size) == 0;
 }
 
+// The slot of the key, or the empty one where it would go.
+size_t SavedKeys::FindSlot(uint64_t hash, const std::vector<uint8_t>& key) const {
+  const size_t mask = slots_.size() - 1;
+  size_t at = hash & mask;
+  while (slots_[at].offset != 0 && !Matches(slots_[at], TagOf(hash), key)) at = (at + 1) & mask;
+  return at;
+}
+
 bool SavedKeys::Contains(const std::vector<uint8_t>& key) const {
   if (slots_.empty() || key.empty()) return false;
-  const uint64_t hash = HashOf(key.data(), key.size());
-  const size_t mask = slots_.size() - 1;
-  for (size_t at = hash & mask; slots_[at].offset != 0; at = (at + 1) & mask) {
-    if (Matches(slots_[at], TagOf(hash), key)) return true;
-  }
-  return false;
+  return slots_[FindSlot(HashOf(key.data(), key.size()), key)].offset != 0;
 }
 
 bool SavedKeys::Add(const std::vector<uint8_t>& key) {
-  if (Contains(key)) return false;
-  if (key.empty() || !MakeRoom(key.size())) return true;
+  if (key.empty()) return true;
   const uint64_t hash = HashOf(key.data(), key.size());
-  const size_t mask = slots_.size() - 1;
-  size_t at = hash & mask;
-  while (slots_[at].offset != 0) at = (at + 1) & mask;
+  size_t at = 0;
+  if (!slots_.empty()) {
+    at = FindSlot(hash, key);
+    if (slots_[at].offset != 0) return false;
+  }
+  const size_t slots = slots_.size();
+  if (!MakeRoom(key.size())) return true;
+  if (slots_.size() != slots) at = FindSlot(hash, key);
   slots_[at] = {TagOf(hash), static_cast<uint32_t>(arena_.size())};
   size_t size = key.size();
   for (; size >= 0x80; size >>= 7) arena_.push_back(static_cast<uint8_t>(size | 0x80U));

@@ -30,6 +30,7 @@ class SavedKeys {
   };
 
   bool Matches(const Slot& slot, uint32_t tag, const std::vector<uint8_t>& key) const;
+  size_t FindSlot(uint64_t hash, const std::vector<uint8_t>& key) const;
   bool MakeRoom(size_t key_bytes);
   void Grow();
 

@@ -146,9 +146,7 @@ RowIdHint RecordTest::FindRowId(const ByteView& view, uint64_t position) const {
   return {record.has_row_id, record.row_id};
 }
 
-bool RecordTest::BuildRow(const ByteView& view, uint64_t position, std::vector<BoundValue>& row,
-                          RowIdHint& hint) {
-  hint = FindRowId(view, position);
+bool RecordTest::BuildRow(const RowIdHint& hint, std::vector<BoundValue>& row) const {
   const size_t before = row.size();
   row.resize(before + plan_.fields.size());
   BoundValue* out = row.data() + before;
@@ -158,6 +156,14 @@ bool RecordTest::BuildRow(const ByteView& view, uint64_t position, std::vector<B
       return false;
     }
     ++out;
+  }
+  return true;
+}
+
+bool RecordTest::BuildFields(const std::vector<uint32_t>& fields, BoundValue* row) const {
+  for (const uint32_t field : fields) {
+    row[field] = BoundValue::Null();
+    if (!BuildUsualValue(plan_.fields[field], row[field])) return false;
   }
   return true;
 }

@@ -39,11 +39,16 @@ class RecordTest {
   // the row is built.
   Verdict TestBehind(const HeaderCells& header, const ByteView& view, uint64_t position);
 
-  // Appends the row of the record that was just accepted, one value for each result column, and
-  // gives what is known of its row id. Texts and blobs point into the view. False when a text
-  // has to be cleaned: the general test makes the row.
-  bool BuildRow(const ByteView& view, uint64_t position, std::vector<BoundValue>& row,
-                RowIdHint& hint);
+  // What is known of the row id of the record that was just accepted.
+  RowIdHint FindRowId(const ByteView& view, uint64_t position) const;
+
+  // Appends the row of that record, one value for each result column. Texts and blobs point into the
+  // view. False when a text has to be cleaned: the general test makes the row.
+  bool BuildRow(const RowIdHint& hint, std::vector<BoundValue>& row) const;
+
+  // Sets only some values of a row that has room for all; false also when one is not of the kind
+  // that its column is for.
+  bool BuildFields(const std::vector<uint32_t>& fields, BoundValue* row) const;
 
   const RecordPlan& plan() const { return plan_; }
 
@@ -53,7 +58,6 @@ class RecordTest {
   RecordValue ValueAt(size_t column) const;
   bool PassesAsNumber(const ValueCheck& check) const;
   Verdict CheckValues() const;
-  RowIdHint FindRowId(const ByteView& view, uint64_t position) const;
   bool BuildUsualValue(const FieldSource& source, BoundValue& out) const;
   bool BuildValue(const FieldSource& source, const RowIdHint& hint, BoundValue& out) const;
 

@@ -162,12 +162,18 @@ class PassRunner {
   void TakeRecord(const ByteView& view, uint64_t position, Verdict verdict, RecordTest& test,
                   DeletedPass& pass, RowBatch& rows) {
     if (verdict == Verdict::kMiss) return;
-    RowIdHint hint;
-    if (verdict == Verdict::kHit && test.BuildRow(view, position, rows.values(), hint)) {
-      rows.Commit(hint);
-      return;
+    if (verdict == Verdict::kHit) {
+      const RowIdHint hint = test.FindRowId(view, position);
+      if (IsKnown(test, rows)) return rows.CommitKnown(hint);
+      if (test.BuildRow(hint, rows.values())) return rows.Commit(hint);
     }
     TestPositionGeneral(position, pass, rows);
+  }
+
+  // Whether the record is a copy of a row that was saved: most are, and need no row of their own.
+  static bool IsKnown(const RecordTest& test, RowBatch& rows) {
+    return rows.CanKnow() && test.BuildFields(rows.key_fields(), rows.key_row()) &&
+           rows.IsKnown();
   }
 
   void TestPositionGeneral(uint64_t position, DeletedPass& pass, RowBatch& rows) {

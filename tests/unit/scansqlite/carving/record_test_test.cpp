@@ -97,8 +97,8 @@ class Tests {
   void ExpectRow(RecordTest& test, const ByteView& view, uint64_t position, const General& general,
                  const std::string& name) {
     std::vector<BoundValue> values = {BoundValue::Integer(42)};  // of the row before
-    RowIdHint hint;
-    if (!test.BuildRow(view, position, values, hint)) {
+    const RowIdHint hint = test.FindRowId(view, position);
+    if (!test.BuildRow(hint, values)) {
       EXPECT_EQ(values.size(), 1U) << "nothing is left of a row that was given up";
       return;
     }
