@@ -6,6 +6,7 @@
 
 #include "common/common/text_convert.h"
 #include "common/sqlitecommon/big_endian.h"
+#include "common/sqlitecommon/clean_text.h"
 
 namespace {
 
@@ -54,6 +55,7 @@ std::string RawValueAsText(std::vector<RawValue>& values, int32_t index) {
   if (value == nullptr || value->IsEmpty()) return {};
   uint8_t* bytes = value->bytes.get();
   const auto length = static_cast<uint32_t>(std::max(value->length, 0));
+  if (IsCleanText(bytes, length)) return {reinterpret_cast<const char*>(bytes), length};
   uint32_t kept = 0;
   uint32_t at = 0;
   while (at < length) {

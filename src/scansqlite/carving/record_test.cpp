@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstring>
 
+#include "common/sqlitecommon/clean_text.h"
 #include "common/sqlitecommon/raw_value.h"
 #include "scansqlite/carving/cell_head.h"
 #include "scansqlite/carving/position_test.h"

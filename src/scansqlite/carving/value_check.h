@@ -6,9 +6,6 @@
 
 // HOT CODE. The checks of validate_field.h on values that stay where they are.
 
-// Whether RawValueAsText would keep every byte.
-bool IsCleanText(const uint8_t* bytes, uint32_t length);
-
 // A constant as a value is one byte, 0 or 1, which a reading as text cleans away.
 inline bool IsConstant(const RecordValue& value) {
   return value.serial_type == 8 || value.serial_type == 9;

@@ -1,17 +1,19 @@
+#include <optional>
 #include <unordered_set>
 
 #include "common/common/log.h"
 #include "common/common/scan_control.h"
 #include "common/common/source_path.h"
 #include "scansqlite/existing/read_column.h"
+#include "scansqlite/existing/row_function.h"
 #include "scansqlite/scan_sqlite.h"
 #include "storager/column_lists.h"
 #include "storager/row_sink.h"
 
 namespace {
 
-std::string MakeSelectSql(const TableSchemaInfo& table, const TableFields& fields) {
-  std::string sql = "select " + JoinColumnNames(fields) + " from " + table.table_name;
+std::string MakeSelectSql(const TableSchemaInfo& table, const std::string& columns) {
+  std::string sql = "select " + columns + " from " + table.table_name;
   if (table.need_order_by_rowid == 1) sql += " ORDER BY rowid ASC";
   return sql;
 }
@@ -27,10 +29,10 @@ RowValue ReadRow(const SqliteStatement& query, TableFields& fields) {
   return row;
 }
 
-// Whether the query's columns are the fields, one for one. Then a row goes over value by value;
+// Whether the query's columns are the fields, one for one. Then a row goes over as a whole;
 // otherwise, by a name that SQLite spells in another way or that stands twice, it goes by names.
 bool ColumnsAreFields(const SqliteStatement& query, const TableFields& fields) {
-  if (query.ColumnCount() != static_cast<int>(fields.size())) return false;
+  if (fields.empty() || query.ColumnCount() != static_cast<int>(fields.size())) return false;
   std::unordered_set<std::string> names;
   for (size_t i = 0; i < fields.size(); ++i) {
     const std::string& name = fields[i].field_name;
@@ -42,34 +44,51 @@ bool ColumnsAreFields(const SqliteStatement& query, const TableFields& fields) {
 // The rows of a query on their way into the result, until the scan is to stop.
 class RowCopy : public RowSource {
  public:
-  RowCopy(SqliteStatement& query, TableFields& fields)
-      : query_(query), fields_(fields), by_place_(ColumnsAreFields(query, fields)) {}
+  // `query` has the columns as they stand; they are the arguments in `whole_row_sql`, a query for
+  // the same rows.
+  RowCopy(SqliteStatement& query, TableFields& fields, sqlite3* source,
+          const std::string& whole_row_sql)
+      : query_(query), fields_(fields) {
+    if (!ColumnsAreFields(query, fields)) return;
+    function_.emplace(source, fields);
+    if (whole_rows_.Prepare(source, whole_row_sql) != SQLITE_OK) function_.reset();
+  }
 
   const BoundValue* Next() override {
-    query_.Step();
-    if (query_.result() != SQLITE_ROW) return nullptr;
+    const BoundValue* row = function_ ? NextWhole() : NextByNames();
+    if (row == nullptr) return nullptr;
     if (ReadScanControl() == kScanStopped) {
       LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::GetNeedQueryTableInfo");
       was_stopped_ = true;
       return nullptr;
     }
-    values_.clear();
-    if (by_place_) {
-      for (size_t i = 0; i < fields_.size(); ++i) {
-        values_.push_back(BindColumn(query_, static_cast<int>(i), fields_[i]));
-      }
-    } else {
-      row_ = ReadRow(query_, fields_);
-      BindRowValue(fields_, row_, values_);
-    }
-    return values_.data();
+    return row;
   }
   bool was_stopped() const { return was_stopped_; }
 
  private:
+  const BoundValue* NextWhole() {
+    if (whole_rows_.Step() != SQLITE_ROW) return nullptr;
+    if (function_->TakeCalls() == 1) return function_->values();
+    // The rows are sorted, which shows at the first one.
+    whole_rows_.Finalize();
+    function_.reset();
+    return NextByNames();
+  }
+
+  const BoundValue* NextByNames() {
+    query_.Step();
+    if (query_.result() != SQLITE_ROW) return nullptr;
+    values_.clear();
+    row_ = ReadRow(query_, fields_);
+    BindRowValue(fields_, row_, values_);
+    return values_.data();
+  }
+
   SqliteStatement& query_;
   TableFields& fields_;
-  bool by_place_;
+  std::optional<RowFunction> function_;
+  SqliteStatement whole_rows_;  // ends before the function that it calls
   bool was_stopped_ = false;
   RowValue row_;
   std::vector<BoundValue> values_;
@@ -92,7 +111,7 @@ int ScanSqlite::QueryAndSave(NeedQueryTables& tables) {
     const TableSchemaInfo* table = table_infos_.Find(name);
     if (table == nullptr) continue;
     SqliteStatement query;
-    query.Prepare(connection.handle(), MakeSelectSql(*table, fields));
+    query.Prepare(connection.handle(), MakeSelectSql(*table, JoinColumnNames(fields)));
     GetNeedQueryTableInfo(query, name, tables);
   }
   return kScanSucceeded;
@@ -103,12 +122,14 @@ int ScanSqlite::QueryAndSave(NeedQueryTables& tables) {
 int ScanSqlite::GetNeedQueryTableInfo(SqliteStatement& query, const std::string& table_name,
                                       NeedQueryTables& tables) {
   TableFields* fields = tables.Find(table_name);
-  if (fields == nullptr) return kScanSucceeded;
+  const TableSchemaInfo* table = table_infos_.Find(table_name);
+  if (fields == nullptr || table == nullptr) return kScanSucceeded;
   SqliteStatement insert;
   insert.Prepare(storager_->handle(), MakeInsertSql(table_name, *fields));
   RowSink sink(*fields, insert, KeysOf(table_name), TableNumber(table_name));
   sink.UseFeed(storager_->handle(), table_name);
-  RowCopy copy(query, *fields);
+  const std::string whole_rows = MakeSelectSql(*table, RowFunction::Call(JoinColumnNames(*fields)));
+  RowCopy copy(query, *fields, sqlite3_db_handle(query.handle()), whole_rows);
   storager_->Execute("BEGIN");
   sink.SaveAll(copy);
   if (copy.was_stopped()) return kScanSucceeded;
