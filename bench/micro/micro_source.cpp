@@ -28,9 +28,9 @@ MicroSource::MicroSource(const std::string& name, const std::string& variant)
       plan_.Add(pass->plan.sets, pass->plan.first, pass->plan.required);
     }
   }
-  std::vector<uint8_t> bytes;
+  FileBytes bytes;
   ReadWholeFile(walk_.probe().context().source_db_path, bytes);
-  SetBytes(std::move(bytes));
+  SetBytes({bytes.begin(), bytes.end()});
 }
 
 void MicroSource::SetBytes(std::vector<uint8_t> bytes) {

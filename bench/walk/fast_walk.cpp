@@ -137,16 +137,12 @@ void FastWalk::WithMainFile(const Action& action) {
 template <typename Action>
 void FastWalk::WithLog(const Action& action) {
   FileDataBuf file(probe_.context().source_db_path);
-  std::vector<uint8_t> frames;
-  if (!ReadWholeFile(probe_.working_wal_path(), frames, kSieveOverhang) ||
-      frames.size() <= kWalHeaderBytes) {
+  FileBytes log;
+  if (!ReadWholeFile(probe_.working_wal_path(), log, kSieveOverhang) ||
+      log.size() <= kWalHeaderBytes) {
     throw std::runtime_error("the log cannot be read");
   }
-  frames.erase(frames.begin(), frames.begin() + kWalHeaderBytes);
-  const uint64_t log_bytes = frames.size();
-  frames.resize(log_bytes + kSieveOverhang);
-  LogSource source(
-      {&probe_.header(), {frames.data(), log_bytes}, &probe_.wal_page_map(), &file, 0});
+  LogSource source({&probe_.header(), FramesOfLog(log), &probe_.wal_page_map(), &file, 0});
   action(source);
 }
 

@@ -42,16 +42,12 @@ int OptionScan::ScanDeleted() {
 
 int32_t OptionScan::ScanLog() {
   FileDataBuf file(probe_.context().source_db_path);
-  std::vector<uint8_t> frames;
-  if (file.status() != 0 || !ReadWholeFile(probe_.working_wal_path(), frames) ||
-      frames.size() <= kWalHeaderBytes) {
+  FileBytes log;
+  if (file.status() != 0 || !ReadWholeFile(probe_.working_wal_path(), log, kSieveOverhang) ||
+      log.size() <= kWalHeaderBytes) {
     return kScanFileBufferFailed;
   }
-  frames.erase(frames.begin(), frames.begin() + kWalHeaderBytes);
-  const uint64_t log_bytes = frames.size();
-  frames.resize(log_bytes + kSieveOverhang);
-  LogSource source(
-      {&probe_.header(), {frames.data(), log_bytes}, &probe_.wal_page_map(), &file, 0});
+  LogSource source({&probe_.header(), FramesOfLog(log), &probe_.wal_page_map(), &file, 0});
   PassRunner<LogSource> runner(source, kStopName, options_.level);
   std::vector<TablePasses> tables = probe_.MakeTablePasses();
   std::vector<DeletedPass*> all;

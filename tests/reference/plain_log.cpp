@@ -28,16 +28,16 @@ int32_t PlainScan::WalkLog(Hits* hits) {
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
   }
-  std::vector<uint8_t> frames;
-  if (!ReadWholeFile(probe_.working_wal_path(), frames)) {
+  FileBytes log;
+  if (!ReadWholeFile(probe_.working_wal_path(), log)) {
     LogEx(kLogModule, kLogError, "Load file error! File : %s, Function : %s, Line : %d, ",
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
   }
   LogEx(kLogModule, kLogInfo, "%s ScanSqliteWal Init Succeed",
         probe_.context().source_db_path.c_str());
-  if (frames.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
-  frames.erase(frames.begin(), frames.begin() + kWalHeaderBytes);
+  if (log.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
+  const std::vector<uint8_t> frames(log.begin() + kWalHeaderBytes, log.end());
   for (const auto& [name, table] : probe_.table_infos()) {
     if (table.scan_type == 1) continue;
     CarveTable(table, hits, [&](const TablePass& pass) { WalkFrames(frames, file, pass); });

@@ -1,5 +1,6 @@
 #include "common/common/file_loader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -33,15 +34,20 @@ bool OpenAtEnd(const std::string& path, std::ifstream& stream, uint64_t& size) {
   return true;
 }
 
-bool ReadInto(std::ifstream& stream, size_t count, std::vector<uint8_t>& out) {
-  out.resize(count);
-  stream.read(reinterpret_cast<char*>(out.data()), static_cast<std::streamsize>(count));
+bool ReadInto(std::ifstream& stream, size_t count, uint8_t* out) {
+  stream.read(reinterpret_cast<char*>(out), static_cast<std::streamsize>(count));
   return static_cast<bool>(stream);
 }
 
 }  // namespace
 
-bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& out, size_t spare) {
+// The bytes are not cleared first: a log can be large, and all of it is read over them.
+FileBytes::FileBytes(size_t size, size_t spare)
+    : bytes_(std::make_unique_for_overwrite<uint8_t[]>(size + spare)), size_(size) {
+  std::fill_n(bytes_.get() + size, spare, uint8_t{0});
+}
+
+bool ReadWholeFile(const std::string& path, FileBytes& out, size_t spare) {
   std::ifstream stream;
   uint64_t size = 0;
   if (!OpenAtEnd(path, stream, size)) {
@@ -49,8 +55,8 @@ bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& out, size_t sp
     return false;
   }
   if (size == 0) return false;
-  out.reserve(size + spare);
-  if (!ReadInto(stream, size, out)) {
+  out = FileBytes(size, spare);
+  if (!ReadInto(stream, size, out.data())) {
     LogEx(kLogModule, kLogError, "[%s], at %d line, Fail to read file %s, %s", kSourceCommon,
           kLineReadWholeFile, std::strerror(errno), path.c_str());
     return false;
@@ -67,7 +73,8 @@ bool ReadDbHeaderBytes(const std::string& path, std::vector<uint8_t>& out) {
     return false;
   }
   if (size < kDbHeaderBytes) return false;
-  if (!ReadInto(stream, kDbHeaderBytes, out)) {
+  out.resize(kDbHeaderBytes);
+  if (!ReadInto(stream, kDbHeaderBytes, out.data())) {
     LogEx(kLogModule, kLogError, "[%s], at %d line, Fail to read file %s, %s", kSourceCommon,
           kLineReadHeader, std::strerror(errno), path.c_str());
     return false;

@@ -27,20 +27,16 @@ int32_t ScanSqlite::DeleteScanSqliteWalFile() {
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
   }
-  std::vector<uint8_t> frames;
-  if (!ReadWholeFile(working_wal_path_, frames, kSieveOverhang)) {
+  FileBytes log;
+  if (!ReadWholeFile(working_wal_path_, log, kSieveOverhang)) {
     LogEx(kLogModule, kLogError, "Load file error! File : %s, Function : %s, Line : %d, ",
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
   }
   LogEx(kLogModule, kLogInfo, "%s ScanSqliteWal Init Succeed", context_->source_db_path.c_str());
-  if (frames.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
-  frames.erase(frames.begin(), frames.begin() + kWalHeaderBytes);
-  // Room for the sieve, which looks ahead of the last frame.
-  const uint64_t log_bytes = frames.size();
-  frames.resize(log_bytes + kSieveOverhang);
+  if (log.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
   LogSource source(
-      {&db_header_, {frames.data(), log_bytes}, &wal_page_map_, &file, KeptOutBytes(*context_)});
+      {&db_header_, FramesOfLog(log), &wal_page_map_, &file, KeptOutBytes(*context_)});
   PassRunner<LogSource> runner(source, "ScanSqlite::SqliteFileWALWithOverflowScan");
   std::vector<TablePasses> tables = MakeTablePasses();
   std::vector<DeletedPass*> sharing;

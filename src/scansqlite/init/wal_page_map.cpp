@@ -21,9 +21,9 @@ constexpr size_t kFrameFieldBytes = 12;
 const char* const ScanSqlite::kMangledGetWalFilePageMap =
     "_ZN10ScanSqlite17GetWALFilePageMapENSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEE";
 
-void MapWalFrames(const std::vector<uint8_t>& frames, uint64_t frame_size, WalPageMap& map) {
-  for (uint64_t at = 0; at + kFrameFieldBytes <= frames.size(); at += frame_size) {
-    const uint8_t* frame = frames.data() + at;
+void MapWalFrames(const MemoryBytes& frames, uint64_t frame_size, WalPageMap& map) {
+  for (uint64_t at = 0; at + kFrameFieldBytes <= frames.size; at += frame_size) {
+    const uint8_t* frame = frames.bytes + at;
     const uint32_t page_number = BigEndian32(frame[0], frame[1], frame[2], frame[3]);
     const uint32_t salt1 = BigEndian32(frame[8], frame[9], frame[10], frame[11]);
     map[page_number].push_back({salt1, static_cast<uint32_t>(at)});
@@ -34,14 +34,13 @@ void MapWalFrames(const std::vector<uint8_t>& frames, uint64_t frame_size, WalPa
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool ScanSqlite::GetWALFilePageMap(std::string path) {
   if (!PathExists(path)) return true;
-  std::vector<uint8_t> log;
+  FileBytes log;
   if (!ReadWholeFile(working_wal_path_, log)) {
     LogEx(kLogModule, kLogError, "Load file error! File : %s, Function : %s, Line : %d, ",
           kSourceScanSqlite, kMangledGetWalFilePageMap, kLineLoadLog);
     return false;
   }
   if (log.size() <= kWalHeaderBytes) return false;
-  log.erase(log.begin(), log.begin() + kWalHeaderBytes);
-  MapWalFrames(log, db_header_.page_size + kWalFrameHeaderBytes, wal_page_map_);
+  MapWalFrames(FramesOfLog(log), db_header_.page_size + kWalFrameHeaderBytes, wal_page_map_);
   return true;
 }

@@ -54,28 +54,29 @@ TEST_F(FileLoaderTest, WholeFileIsLoaded) {
   for (const size_t size : {1U, 99U, 100U, 101U, 4096U, 70000U}) {
     SCOPED_TRACE(size);
     const std::string path = MakeFile(size);
-    Bytes out = {1, 2, 3};
-    EXPECT_TRUE(ReadWholeFile(path, out));
-    EXPECT_EQ(out, content_);
+    FileBytes out(3, 0);
+    EXPECT_TRUE(ReadWholeFile(path, out, 5));
+    EXPECT_EQ(Bytes(out.begin(), out.end()), content_);
+    EXPECT_EQ(Bytes(out.end(), out.end() + 5), Bytes(5));
   }
   EXPECT_THAT(log_.Lines(), IsEmpty());
 }
 
 TEST_F(FileLoaderTest, EmptyFileIsFalseInSilence) {
-  Bytes out;
+  FileBytes out;
   EXPECT_FALSE(ReadWholeFile(MakeFile(0), out));
-  EXPECT_THAT(out, IsEmpty());
+  EXPECT_EQ(out.size(), 0U);
   EXPECT_THAT(log_.Lines(), IsEmpty());
 }
 
 TEST_F(FileLoaderTest, MissingFileIsLoggedByItsReasonAlone) {
-  Bytes out;
+  FileBytes out;
   EXPECT_FALSE(ReadWholeFile(folder_.File("missing"), out));
   EXPECT_THAT(log_.Lines(), ElementsAre(LogLine{3, "Fail to load file No such file or directory"}));
 }
 
 TEST_F(FileLoaderTest, FolderCannotBeLoaded) {
-  Bytes out;
+  FileBytes out;
   EXPECT_FALSE(ReadWholeFile(folder_.path().string(), out));
   EXPECT_THAT(log_.Lines(), ElementsAre(LogLine{3, "Fail to load file Is a directory"}));
 }
@@ -83,7 +84,7 @@ TEST_F(FileLoaderTest, FolderCannotBeLoaded) {
 TEST_F(FileLoaderTest, FailedReadOfTheWholeFileNamesItsPlaceAndThePath) {
   const std::string path = FileThatReadsShort();
   if (path.empty()) GTEST_SKIP() << "no file that reads short";
-  Bytes out;
+  FileBytes out;
   EXPECT_FALSE(ReadWholeFile(path, out));
   EXPECT_THAT(log_.Lines(),
               ElementsAre(LogLine{
@@ -147,8 +148,9 @@ TEST_F(FileLoaderTest, SizeOfAFileIsMeasured) {
 TEST_F(FileLoaderTest, NamesInOtherScriptsAreOpened) {
   const std::string path = folder_.File("写真 \xF0\x9F\x98\x80.db");
   fs::rename(MakeFile(120), path);
+  FileBytes whole;
+  EXPECT_TRUE(ReadWholeFile(path, whole));
   Bytes out;
-  EXPECT_TRUE(ReadWholeFile(path, out));
   EXPECT_TRUE(ReadDbHeaderBytes(path, out));
   EXPECT_EQ(out.size(), 100U);
 }

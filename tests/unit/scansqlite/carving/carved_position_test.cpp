@@ -290,7 +290,7 @@ TEST_F(OverflowingPosition, TheLogFollowsFramesWithTheSaltOfTheRecordsFrame) {
       frames = hand_made::Join({frames, frame});
     }
     WalPageMap map;
-    MapWalFrames(frames, 24 + kPageSize, map);
+    MapWalFrames({frames.data(), frames.size()}, 24 + kPageSize, map);
     hand_made::FileOf main(Bytes(size_t{kPageSize} * 4, 'z'));
     WalCarver carver({&header_, {frames.data(), frames.size()}, &map, &main.buf(), 0});
     SerialTypeCells cells;

@@ -54,7 +54,7 @@ class WalChain : public testing::Test {
   Outcome Read(const Bytes& frames, uint32_t data_bytes, uint32_t salt = kSalt,
                uint32_t kept_out = 0, uint32_t header_start = 30) {
     WalPageMap map;
-    MapWalFrames(frames, kFrameSize, map);
+    MapWalFrames({frames.data(), frames.size()}, kFrameSize, map);
     hand_made::FileOf file(main_);
     CarvedRecord record = record_;
     record.data_bytes = data_bytes;
