@@ -115,9 +115,11 @@ class Sweep {
     for (size_t i = 0; i < job_.anchor_count; ++i) {
       const SieveAnchor& anchor = job_.anchors[i];
       FindAnchors(anchor);
+      const uint64_t* const anchor_words = job_.anchor_words;
+      const uint64_t* const padded = job_.padded;
       for (size_t at = job_.blocks + 1; at-- > 0;) {
-        const uint64_t places = job_.anchor_words[at];
-        if ((places | job_.padded[at] | anchor.any_block) != 0) JoinBlock(anchor, at, places);
+        const uint64_t places = anchor_words[at];
+        if ((places | padded[at] | anchor.any_block) != 0) JoinBlock(anchor, at, places);
       }
     }
     for (size_t i = 0; i < job_.sieve_count; ++i) {
@@ -142,20 +144,24 @@ class Sweep {
   // Nothing survives yet but where no column is looked at. Bytes that may begin a long form of a
   // small number are those whose first seven bits are 0.
   void FillWords() {
-    for (size_t at = 0; at <= job_.blocks; ++at) {
-      job_.padded[at] = Level::EqualTo(job_.bytes + at * kSieveBlock, 0x80);
+    const SieveJob job = job_;  // the words that are written could be parts of the other one
+    for (size_t at = 0; at <= job.blocks; ++at) {
+      job.padded[at] = Level::EqualTo(job.bytes + at * kSieveBlock, 0x80);
     }
-    for (size_t i = 0; i < job_.sieve_count; ++i) {
-      const uint64_t none_or_all = job_.sieves[i].depth == 0 ? ~uint64_t{0} : 0;
-      for (size_t at = 0; at < job_.blocks; ++at) Words(i)[at] = none_or_all;
-      for (size_t at = 0; at < job_.marks_of_sieve; ++at) Marks(i)[at] = none_or_all;
+    for (size_t i = 0; i < job.sieve_count; ++i) {
+      const uint64_t none_or_all = job.sieves[i].depth == 0 ? ~uint64_t{0} : 0;
+      uint64_t* const words = Words(i);
+      for (size_t at = 0; at < job.blocks; ++at) words[at] = none_or_all;
+      uint64_t* const marks = Marks(i);
+      for (size_t at = 0; at < job.marks_of_sieve; ++at) marks[at] = none_or_all;
     }
   }
 
   void FindAnchors(const SieveAnchor& anchor) {
-    const NibbleSet& set = job_.sets[anchor.column.set];
-    for (size_t at = 0; at <= job_.blocks; ++at) {
-      job_.anchor_words[at] = Level::Members(Level::Load(job_.bytes + at * kSieveBlock), set);
+    const SieveJob job = job_;
+    const NibbleSet set = job.sets[anchor.column.set];
+    for (size_t at = 0; at <= job.blocks; ++at) {
+      job.anchor_words[at] = Level::Members(Level::Load(job.bytes + at * kSieveBlock), set);
     }
   }
 
