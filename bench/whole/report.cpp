@@ -162,7 +162,7 @@ ReportTable SurvivorTable(const Json::Value& cases) {
       "survivors",
       "What is left of the positions, and instructions per byte",
       {{"case", "million positions", "sieved, all layouts", "places sieved",
-        "places with a fitting header", "places of records", "header places / records",
+        "places with a fitting header", "places of records", "places sieved / records",
         "instr/B sieve", "instr/B sieve and headers", "instr/B walk and full test"}}};
   for (const char* name : {"sms", "wide", "noise", "apps"}) {
     if (!cases.isMember(name)) continue;
@@ -176,7 +176,7 @@ ReportTable SurvivorTable(const Json::Value& cases) {
         walk["sieved_places"].asString(),
         walk["survivor_places"].asString(),
         Number(records, 0),
-        Number(walk["survivor_places"].asDouble() / std::max(records, 1.0), 3)};
+        Number(walk["sieved_places"].asDouble() / std::max(records, 1.0), 3)};
     for (const char* kind : {"sieve", "walk", "full"}) {
       const Json::Value& count = values["instructions"][kind];
       row.push_back(count.isNull() ? "-" : Number(count.asDouble(), 2));

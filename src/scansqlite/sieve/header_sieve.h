@@ -15,19 +15,32 @@
 //        address     1  .  1  1  .  1  .  .  1        NULL or a text
 //        date        .  .  .  .  1  .  .  .  .        six bytes only
 //
-//   2. The first few columns are joined from the last to the first. A position is alive for column
-//      k if its byte is in the set of k and the next position is alive for k + 1:
+//   2. The anchor is the column that fewest bytes satisfy, usually a timestamp. Its word is worked
+//      out for all blocks of a page in one tight loop, and most of them are 0: in those blocks
+//      nothing else is looked at.
+//
+//   3. From each anchor the header is followed byte by byte, as long as its bytes fit:
+//
+//        .. 08 | 02  1f  00 | 05 | 05  01 ..
+//          thread_id address person   date   the next two, and more where the anchor says little
+//             <----- back ------|      |---->
+//
+//      A table looked up with the byte next to the anchor says for which layouts that is worth
+//      while. Serial types of more bytes are tried at each length that their bits admit.
+//
+//   4. Many anchors in one block are not followed one by one but joined, from the last column to
+//      the first: a position is alive for column k if its byte is in the set of k and the next
+//      position is alive for k + 1, 64 positions at a time. So the time has a limit whatever the
+//      evidence holds.
 //
 //        alive[k] = set[k] & (alive[k+1] >> 1)
 //
 //      A serial type of two bytes (a text longer than 57 bytes) shifts by two; longer forms are
-//      rare and let all shifts from 3 to 9 through. What is alive for the first column survives.
+//      rare and let all shifts from 2 to 9 through. What is alive for the first column survives.
+//      Anchors of more than one byte, and those at the page's edges, are joined as well.
 //
-//   3. The last of these columns, the anchor, is the one that fewest bytes satisfy, usually a
-//      timestamp. Most blocks have no byte that does, and no other column is looked at.
-//
-// Survivors are more than the true positions and never fewer. Each then takes the full test in
-// carving/record_test.h.
+// Survivors are more than the true positions, by a few in a thousand, and never fewer. Each then
+// takes the full test in carving/record_test.h.
 // ---------------------------------------------------------------------------------------------
 
 #include <array>
