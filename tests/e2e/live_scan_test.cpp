@@ -42,6 +42,30 @@ TEST_F(LiveScan, EveryKindOfValueIsCopied) {
                                                      {"NULL", "-0.5", "Grüße 😀", "cut"}}));
 }
 
+// An SQL function takes no more than 127 arguments.
+TEST_F(LiveScan, TablesOfManyColumnsAreCopied) {
+  for (const size_t count : {size_t{127}, size_t{128}, size_t{300}}) {
+    SCOPED_TRACE(count);
+    fs::remove(source());
+    fs::remove(config());
+    std::vector<std::string> columns;
+    std::string list;
+    std::string values;
+    for (size_t i = 0; i < count; ++i) {
+      columns.push_back("c" + std::to_string(i));
+      list += (i == 0 ? "" : ", ") + columns.back() + " INTEGER";
+      values += (i == 0 ? "" : ",") + std::to_string(i);
+    }
+    Configure("t", columns);
+    SqliteMaker(source()).Run("CREATE TABLE t(" + list + "); INSERT INTO t VALUES(" + values +
+                              "),(" + values + ")");
+    EXPECT_EQ(RunScan(kLive), 0);
+    const std::string last = columns.back();
+    EXPECT_EQ(ResultRows("SELECT c1, " + last + " FROM t"),
+              (TextRows{{"1", std::to_string(count - 1)}, {"1", std::to_string(count - 1)}}));
+  }
+}
+
 TEST_F(LiveScan, TheLinesOfAScanOfLiveRecords) {
   Configure("t", {"a"});
   SqliteMaker(source()).Run("CREATE TABLE t(a)");
