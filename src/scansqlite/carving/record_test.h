@@ -42,8 +42,8 @@ class RecordTest {
   // What is known of the row id of the record that was just accepted.
   RowIdHint FindRowId(const ByteView& view, uint64_t position) const;
 
-  // Appends the row of that record, one value for each result column. Texts and blobs point into the
-  // view. False when a text has to be cleaned: the general test makes the row.
+  // Appends the row of that record, one value for each result column. Texts and blobs point into
+  // the view. False when a text has to be cleaned: the general test makes the row.
   bool BuildRow(const RowIdHint& hint, std::vector<BoundValue>& row) const;
 
   // Sets only some values of a row that has room for all; false also when one is not of the kind

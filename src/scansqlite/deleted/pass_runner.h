@@ -172,8 +172,7 @@ class PassRunner {
 
   // Whether the record is a copy of a row that was saved: most are, and need no row of their own.
   static bool IsKnown(const RecordTest& test, RowBatch& rows) {
-    return rows.CanKnow() && test.BuildFields(rows.key_fields(), rows.key_row()) &&
-           rows.IsKnown();
+    return rows.CanKnow() && test.BuildFields(rows.key_fields(), rows.key_row()) && rows.IsKnown();
   }
 
   void TestPositionGeneral(uint64_t position, DeletedPass& pass, RowBatch& rows) {

@@ -35,8 +35,7 @@ int32_t ScanSqlite::DeleteScanSqliteWalFile() {
   }
   LogEx(kLogModule, kLogInfo, "%s ScanSqliteWal Init Succeed", context_->source_db_path.c_str());
   if (log.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
-  LogSource source(
-      {&db_header_, FramesOfLog(log), &wal_page_map_, &file, KeptOutBytes(*context_)});
+  LogSource source({&db_header_, FramesOfLog(log), &wal_page_map_, &file, KeptOutBytes(*context_)});
   PassRunner<LogSource> runner(source, "ScanSqlite::SqliteFileWALWithOverflowScan");
   std::vector<TablePasses> tables = MakeTablePasses();
   std::vector<DeletedPass*> sharing;
