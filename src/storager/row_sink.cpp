@@ -9,20 +9,37 @@
 
 namespace {
 
-void AppendBytes(std::vector<uint8_t>& key, const void* bytes, size_t size) {
-  const auto* from = static_cast<const uint8_t*>(bytes);
-  key.insert(key.end(), from, from + size);
-}
+// Bytes that the kind and length of a value take at most.
+constexpr size_t kLongestHead = 6;
 
 // The kind in two bits, the length in four and as many bytes as it takes.
-void AppendLength(std::vector<uint8_t>& key, int32_t kind, uint32_t length) {
+uint8_t* PutHead(uint8_t* at, int32_t kind, uint32_t length) {
   uint32_t rest = length >> 4;
-  key.push_back(
-      static_cast<uint8_t>(static_cast<uint32_t>(kind) << 5 | (length & 15U) << 1 | (rest != 0)));
+  *at++ =
+      static_cast<uint8_t>(static_cast<uint32_t>(kind) << 5 | (length & 15U) << 1 | (rest != 0));
   while (rest != 0) {
-    key.push_back(static_cast<uint8_t>((rest & 0x7FU) << 1 | (rest >> 7 != 0)));
+    *at++ = static_cast<uint8_t>((rest & 0x7FU) << 1 | (rest >> 7 != 0));
     rest >>= 7;
   }
+  return at;
+}
+
+// The bytes are put down eight at a time, with room behind them.
+uint8_t* PutNumber(uint8_t* at, int32_t kind, uint64_t bits) {
+  const auto size = static_cast<uint32_t>((std::bit_width(bits) + 7) / 8);
+  at = PutHead(at, kind, size);
+  std::memcpy(at, &bits, sizeof bits);
+  return at + size;
+}
+
+uint8_t* PutBytes(uint8_t* at, const BoundValue& value) {
+  at = PutHead(at, value.kind, value.size);
+  if (value.size != 0) std::memcpy(at, value.bytes, value.size);
+  return at + value.size;
+}
+
+bool IsNumber(const BoundValue& value) {
+  return value.kind == kFieldInteger || value.kind == kFieldReal;
 }
 
 // A NULL equals no other, and so does what SQLite makes a NULL of.
@@ -76,7 +93,7 @@ class RowSink::NewRows : public RowSource {
   const BoundValue* Next() override {
     while (const BoundValue* row = rows_.Next()) {
       const bool has_key = sink_.keys_ != nullptr && sink_.MakeKey(row);
-      if (has_key && !sink_.keys_->Add(sink_.key_)) continue;
+      if (has_key && !sink_.keys_->Add(sink_.key())) continue;
       return row;
     }
     at_end_ = true;
@@ -104,30 +121,33 @@ void RowSink::SaveAll(RowSource& rows) {
 }
 
 bool RowSink::IsKnown(const BoundValue* values) {
-  return keys_ != nullptr && MakeKey(values) && keys_->Contains(key_);
+  return keys_ != nullptr && MakeKey(values) && keys_->Contains(key());
 }
 
 // A key is short, since all keys are kept: each value has its kind and its length in front, and a
 // number only the bytes that it needs. Equal keys are the same kinds with the same bytes.
 bool RowSink::MakeKey(const BoundValue* values) {
-  key_.clear();
-  AppendLength(key_, 0, table_number_);
+  size_t room = kLongestHead;
   for (const uint32_t field : unique_fields_) {
     const BoundValue& value = values[field];
     if (BecomesNull(value)) return false;
-    if (value.kind == kFieldInteger || value.kind == kFieldReal) {
-      auto bits = static_cast<uint64_t>(value.integer);
+    room += kLongestHead + (IsNumber(value) ? sizeof value.integer : value.size);
+  }
+  if (key_.size() < room) key_.resize(room);
+  uint8_t* at = PutHead(key_.data(), 0, table_number_);
+  for (const uint32_t field : unique_fields_) {
+    const BoundValue& value = values[field];
+    if (value.kind == kFieldInteger) {
       // The sign goes into the lowest bit, so that numbers just below 0 are short, too.
-      if (value.kind == kFieldInteger)
-        bits = bits << 1 ^ static_cast<uint64_t>(value.integer >> 63);
-      const auto size = static_cast<uint32_t>((std::bit_width(bits) + 7) / 8);
-      AppendLength(key_, value.kind, size);
-      AppendBytes(key_, &bits, size);
+      const auto bits = static_cast<uint64_t>(value.integer);
+      at = PutNumber(at, kFieldInteger, bits << 1 ^ static_cast<uint64_t>(value.integer >> 63));
+    } else if (value.kind == kFieldReal) {
+      at = PutNumber(at, kFieldReal, std::bit_cast<uint64_t>(value.real));
     } else {
-      AppendLength(key_, value.kind, value.size);
-      AppendBytes(key_, value.bytes, value.size);
+      at = PutBytes(at, value);
     }
   }
+  key_size_ = static_cast<size_t>(at - key_.data());
   return true;
 }
 
@@ -158,7 +178,7 @@ void RowSink::Bind(int index, const BoundValue& value) {
 void RowSink::SaveRow(const BoundValue* values) {
   if (insert_.handle() == nullptr) return;
   const bool has_key = keys_ != nullptr && MakeKey(values);
-  if (has_key && keys_->Contains(key_)) return;
+  if (has_key && keys_->Contains(key())) return;
   for (size_t i = 0; i < fields_.size(); ++i) Bind(static_cast<int>(i) + 1, values[i]);
   const int result = insert_.Step();
   insert_.Reset();
@@ -167,7 +187,7 @@ void RowSink::SaveRow(const BoundValue* values) {
     if (keys_ != nullptr) keys_->GiveUp();
     return;
   }
-  if (has_key && result == SQLITE_DONE) keys_->Add(key_);
+  if (has_key && result == SQLITE_DONE) keys_->Add(key());
 }
 
 void BindRowValue(const TableFields& fields, const RowValue& row, std::vector<BoundValue>& out) {

@@ -44,6 +44,7 @@ class RowSink {
   class NewRows;
 
   bool MakeKey(const BoundValue* values);
+  SavedKeys::Key key() const { return {key_.data(), key_size_}; }
   void Bind(int index, const BoundValue& value);
 
   const TableFields& fields_;
@@ -54,6 +55,7 @@ class RowSink {
   std::vector<uint32_t> unique_fields_;
   uint32_t table_number_;
   std::vector<uint8_t> key_;
+  size_t key_size_ = 0;
 };
 
 // The values of a row in the order of the fields, of the kind that the row has them. They

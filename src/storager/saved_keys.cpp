@@ -47,26 +47,26 @@ StoredKey ReadStoredKey(const uint8_t* at) {
 
 }  // namespace
 
-bool SavedKeys::Matches(const Slot& slot, uint32_t tag, const std::vector<uint8_t>& key) const {
+bool SavedKeys::Matches(const Slot& slot, uint32_t tag, Key key) const {
   if (slot.tag != tag) return false;
   const StoredKey stored = ReadStoredKey(arena_.data() + slot.offset);
   return stored.size == key.size() && std::memcmp(stored.bytes, key.data(), stored.size) == 0;
 }
 
 // The slot of the key, or the empty one where it would go.
-size_t SavedKeys::FindSlot(uint64_t hash, const std::vector<uint8_t>& key) const {
+size_t SavedKeys::FindSlot(uint64_t hash, Key key) const {
   const size_t mask = slots_.size() - 1;
   size_t at = hash & mask;
   while (slots_[at].offset != 0 && !Matches(slots_[at], TagOf(hash), key)) at = (at + 1) & mask;
   return at;
 }
 
-bool SavedKeys::Contains(const std::vector<uint8_t>& key) const {
+bool SavedKeys::Contains(Key key) const {
   if (slots_.empty() || key.empty()) return false;
   return slots_[FindSlot(HashOf(key.data(), key.size()), key)].offset != 0;
 }
 
-bool SavedKeys::Add(const std::vector<uint8_t>& key) {
+bool SavedKeys::Add(Key key) {
   if (key.empty()) return true;
   const uint64_t hash = HashOf(key.data(), key.size());
   size_t at = 0;

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 // The unique keys that the result already holds, byte for byte. A carved copy of a row that stands
@@ -11,9 +12,11 @@ class SavedKeys {
  public:
   explicit SavedKeys(size_t max_bytes) : max_bytes_(max_bytes) {}
 
-  bool Contains(const std::vector<uint8_t>& key) const;
+  using Key = std::span<const uint8_t>;
+
+  bool Contains(Key key) const;
   // False when the set holds the key already.
-  bool Add(const std::vector<uint8_t>& key);
+  bool Add(Key key);
 
   // Forgets everything and takes nothing any more: after a failure of the result database nobody
   // knows what it holds.
@@ -29,8 +32,8 @@ class SavedKeys {
     uint32_t offset = 0;
   };
 
-  bool Matches(const Slot& slot, uint32_t tag, const std::vector<uint8_t>& key) const;
-  size_t FindSlot(uint64_t hash, const std::vector<uint8_t>& key) const;
+  bool Matches(const Slot& slot, uint32_t tag, Key key) const;
+  size_t FindSlot(uint64_t hash, Key key) const;
   bool MakeRoom(size_t key_bytes);
   void Grow();
 

@@ -34,7 +34,7 @@ TEST(SavedKeysTest, HoldsWhatWasAddedAndNothingElse) {
       ASSERT_EQ(keys.size(), expected.size());
     }
     for (const std::string& key : expected) {
-      ASSERT_TRUE(keys.Contains({key.begin(), key.end()}));
+      ASSERT_TRUE(keys.Contains(Key{key.begin(), key.end()}));
     }
     EXPECT_GT(keys.size(), 1024U) << "the table had to grow";
   }
@@ -42,11 +42,11 @@ TEST(SavedKeysTest, HoldsWhatWasAddedAndNothingElse) {
 
 TEST(SavedKeysTest, KeysThatBeginAlikeAreNotTheSame) {
   SavedKeys keys(1 << 20);
-  keys.Add({1, 2, 3});
-  EXPECT_FALSE(keys.Contains({1, 2}));
-  EXPECT_FALSE(keys.Contains({1, 2, 3, 0}));
-  EXPECT_FALSE(keys.Contains({}));
-  EXPECT_TRUE(keys.Contains({1, 2, 3}));
+  keys.Add(Key{1, 2, 3});
+  EXPECT_FALSE(keys.Contains(Key{1, 2}));
+  EXPECT_FALSE(keys.Contains(Key{1, 2, 3, 0}));
+  EXPECT_FALSE(keys.Contains(Key{}));
+  EXPECT_TRUE(keys.Contains(Key{1, 2, 3}));
 }
 
 TEST(SavedKeysTest, StopsGrowingBelowItsBound) {
@@ -76,11 +76,11 @@ TEST(SavedKeysTest, StopsGrowingBelowItsBound) {
 
 TEST(SavedKeysTest, AfterGivingUpNothingIsHeldOrTaken) {
   SavedKeys keys(1 << 20);
-  keys.Add({1});
+  keys.Add(Key{1});
   keys.GiveUp();
-  EXPECT_FALSE(keys.Contains({1}));
-  keys.Add({1});
-  EXPECT_FALSE(keys.Contains({1}));
+  EXPECT_FALSE(keys.Contains(Key{1}));
+  keys.Add(Key{1});
+  EXPECT_FALSE(keys.Contains(Key{1}));
   EXPECT_EQ(keys.size(), 0U);
 }
 
