@@ -1,6 +1,7 @@
 #include "scansqlite/sieve/header_sieve.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "scansqlite/sieve/sieve_levels.h"
 
@@ -68,6 +69,29 @@ void NoteBytes(const SerialTypeSet& set, unsigned column, HeaderSieve& sieve) {
   }
 }
 
+// The columns of a sieve in their places around the anchor; `own` is the sieve's bit.
+void NoteColumns(SieveAnchor& anchor, const HeaderSieve& sieve, uint64_t own) {
+  const auto front = static_cast<unsigned>(sieve.depth - 1);
+  const auto behind = static_cast<unsigned>(std::bit_width(sieve.end_behind)) - 2 - front;
+  for (uint32_t byte = 0; byte < 256; ++byte) {
+    for (unsigned i = 0; i < front; ++i) {
+      const unsigned column = 1U << (front - 1 - i);
+      if ((sieve.columns_of[byte] & column) != 0) anchor.front[i].of[byte] |= own;
+      if ((sieve.columns_behind[byte] & column) != 0) anchor.long_front[i].of[byte] |= own;
+    }
+    for (unsigned i = 0; i < behind; ++i) {
+      const unsigned column = sieve.first_behind << i;
+      if ((sieve.columns_of[byte] & column) != 0) anchor.behind[i].of[byte] |= own;
+    }
+  }
+  for (uint32_t byte = 0; byte < 256; ++byte) {
+    for (unsigned i = front; i < kMaxJoinedColumns - 1; ++i) anchor.front[i].of[byte] |= own;
+    for (unsigned i = behind; i < kMaxJoinedColumns - 1; ++i) anchor.behind[i].of[byte] |= own;
+  }
+  anchor.front_columns = std::max(anchor.front_columns, front);
+  anchor.behind_columns = std::max(anchor.behind_columns, behind);
+}
+
 void NoteSieve(SievePlan& plan, size_t index) {
   const HeaderSieve& sieve = plan.sieves[index];
   if (sieve.depth == 0) return;
@@ -79,18 +103,8 @@ void NoteSieve(SievePlan& plan, size_t index) {
     at = plan.anchors.end() - 1;
     if (column.long_text || column.long_blob) at->any_block = ~uint64_t{0};
   }
-  const uint64_t bit = uint64_t{1} << index;
-  at->sieves |= bit;
-  for (uint32_t byte = 0; byte < 256; ++byte) {
-    const bool has_front = sieve.depth > 1;
-    const unsigned front = has_front ? 1U << (sieve.depth - 2) : 0;
-    if (!has_front || (sieve.columns_of[byte] & front) != 0) at->front_of[byte] |= bit;
-    if ((sieve.columns_behind[byte] & front) != 0) at->long_front_of[byte] |= bit;
-    const bool looks_behind = sieve.first_behind != sieve.end_behind && byte < 0x80;
-    if (!looks_behind || (sieve.columns_of[byte] & sieve.first_behind) != 0) {
-      at->next_of[byte] |= bit;
-    }
-  }
+  at->sieves |= uint64_t{1} << index;
+  NoteColumns(*at, sieve, uint64_t{1} << index);
 }
 
 // One column behind the anchor is looked at, and more while too many positions would survive.

@@ -92,16 +92,23 @@ struct HeaderSieve {
   bool operator==(const HeaderSieve& other) const = default;
 };
 
-// An anchor, and what the bytes around it say of the sieves that have it, a bit for each.
+// By the value of a byte: a bit for each sieve.
+struct ByteSieves {
+  uint64_t of[256] = {};
+};
+
+// An anchor, and what the bytes around it say of the sieves that have it. All of them are asked
+// with one look for each byte. The first of an array is about the byte next to the anchor.
 struct SieveAnchor {
   SieveColumn column;
   uint64_t sieves = 0;
-  // By the byte in front: those whose column there has it as serial type, or that have no column
-  // there. By the byte in front of that: those that may have a longer serial type there.
-  uint64_t front_of[256] = {};
-  uint64_t long_front_of[256] = {};
-  // By the byte behind: those whose column there may begin with it, or that look at none.
-  uint64_t next_of[256] = {};
+  unsigned front_columns = 0;  // of the sieve that has most, in front of the anchor
+  unsigned behind_columns = 0;
+  // Sieves whose column in that place has the byte as its serial type, or that have none there.
+  ByteSieves front[kMaxJoinedColumns - 1];
+  ByteSieves behind[kMaxJoinedColumns - 1];
+  // Sieves whose column in front may have a longer serial type with this byte before its last one.
+  ByteSieves long_front[kMaxJoinedColumns - 1];
   // All bits when every block has to be looked at, since the anchor has long forms.
   uint64_t any_block = 0;
 };

@@ -203,27 +203,35 @@ class Sweep {
     return found;
   }
 
-  // Goes from one anchor over the serial types around it, for the layouts in which the bytes next
-  // to it fit.
+  // Goes from one anchor over the serial types around it, for all its sieves together.
   void FollowFrom(const SieveAnchor& anchor, const uint8_t* place) const {
-    uint64_t sieves = (anchor.front_of[place[-1]] | anchor.long_front_of[place[-2]]) &  //
-                      anchor.next_of[place[1]];
+    uint64_t sieves = anchor.sieves;
+    // Up to a serial type of more bytes, behind which the columns are out of step.
+    for (unsigned i = 0; i < anchor.behind_columns && place[i + 1] < 0x80; ++i) {
+      sieves &= anchor.behind[i].of[place[i + 1]];
+    }
+    uint64_t open = 0;  // those that may have such a one in front
+    const uint8_t* byte = place;
+    for (unsigned i = 0; i < anchor.front_columns && sieves != 0; ++i) {
+      --byte;
+      const uint64_t may_be_longer = sieves & anchor.long_front[i].of[byte[-1]];
+      open |= may_be_longer;
+      sieves &= anchor.front[i].of[*byte] & ~may_be_longer;
+    }
     for (; sieves != 0; sieves &= sieves - 1) {
       const auto index = static_cast<size_t>(__builtin_ctzll(sieves));
+      Survive(index, place - job_.sieves[index].depth + 1);
+    }
+    for (; open != 0; open &= open - 1) {
+      const auto index = static_cast<size_t>(__builtin_ctzll(open));
       const HeaderSieve& sieve = job_.sieves[index];
-      if (!FitsBehind(sieve, place)) continue;
       FollowFront(index, sieve, 1U << (sieve.depth - 1), place);
     }
   }
 
-  // The columns behind the anchor, up to one whose serial type has more bytes.
-  static bool FitsBehind(const HeaderSieve& sieve, const uint8_t* place) {
-    for (unsigned column = sieve.first_behind; column != sieve.end_behind; column <<= 1) {
-      const uint8_t byte = *++place;
-      if (byte >= 0x80) return true;
-      if ((sieve.columns_of[byte] & column) == 0) return false;
-    }
-    return true;
+  void Survive(size_t sieve, const uint8_t* at) const {
+    const auto position = static_cast<size_t>(at - job_.bytes);
+    Add(sieve, position / kSieveBlock, uint64_t{1} << position % kSieveBlock);
   }
 
   // The columns below the bit `column` end in front of `end`. Lets the positions survive from which
@@ -235,8 +243,7 @@ class Sweep {
       if ((sieve.columns_behind[end[-2]] & column) != 0) FollowLong(index, sieve, column, end);
       if ((sieve.columns_of[end[-1]] & column) == 0) return;
     }
-    const auto position = static_cast<size_t>(end - job_.bytes);
-    Add(index, position / kSieveBlock, uint64_t{1} << position % kSieveBlock);
+    Survive(index, end);
   }
 
   // The same with a serial type of 2 to 9 bytes in that column. Only the last of nine may be 0x80
