@@ -54,13 +54,12 @@ class PassRunner {
  private:
   template <typename Cursor>
   void Sweep(Cursor& cursor, const std::vector<DeletedPass*>& passes, RowBatch& rows) {
-    DeletedPass& own = *passes.front();
     MakePlans(passes);
     while (cursor.InSource()) {
       if (!MayGoOn()) return LogStop();
       Segment segment;
       if (!cursor.Enter(segment)) continue;
-      SweepSegment(segment, own, rows);
+      SweepSegment(segment, rows);
       Finish(segment, rows);
     }
     for (DeletedPass* pass : passes_) pass->survivors.Finish();
@@ -80,10 +79,10 @@ class PassRunner {
     }
   }
 
-  void SweepSegment(const Segment& segment, DeletedPass& own, RowBatch& rows) {
+  void SweepSegment(const Segment& segment, RowBatch& rows) {
     if (segment.begin >= segment.end) return;
     const SegmentCare care = source_.CareFor(segment);
-    if (care == SegmentCare::kGeneral) return TestEveryPosition(segment, own, rows);
+    if (care == SegmentCare::kGeneral) return TestEveryPosition(segment, *passes_.front(), rows);
     const bool is_careful = care == SegmentCare::kCareful;
     SweepPlan& plan = is_careful ? careful_plan_ : plan_;
     if (plan.groups.empty()) return;
@@ -92,22 +91,29 @@ class PassRunner {
     KeepEndOfSource(segment);
     for (SweptGroup& group : plan.groups) {
       survivors_.ForEach(group.sieve, [&](size_t place) {
-        const uint64_t position = segment.begin + place;
-        const bool is_readable = group.header->Read(view, position);
-        for (const size_t member : group.members) {
-          DeletedPass& pass = *passes_[member];
-          if (&pass != &own && pass.survivors.state() != SurvivorList::State::kFilling) continue;
-          RecordTest& test = is_careful ? *pass.careful_test : *pass.test;
-          const Verdict verdict =
-              is_readable ? test.TestBehind(*group.header, view, position) : Verdict::kOpen;
-          if (verdict == Verdict::kMiss) continue;
-          if (&pass == &own) {
-            TakeRecord(view, position, verdict, test, own, rows);
-          } else {
-            pass.survivors.Add(position, budget_);
-          }
-        }
+        TestSurvivor(view, segment.begin + place, group, is_careful, rows);
       });
+    }
+  }
+
+  // Reads the header for all layouts of the group. The first pass of the sweep takes its record, the
+  // others keep the position.
+  void TestSurvivor(const ByteView& view, uint64_t position, SweptGroup& group, bool is_careful,
+                    RowBatch& rows) {
+    const bool is_readable = group.header->Read(view, position);
+    for (const size_t member : group.members) {
+      DeletedPass& pass = *passes_[member];
+      const bool is_own = member == 0;
+      if (!is_own && pass.survivors.state() != SurvivorList::State::kFilling) continue;
+      RecordTest& test = is_careful ? *pass.careful_test : *pass.test;
+      const Verdict verdict =
+          is_readable ? test.TestBehind(*group.header, view, position) : Verdict::kOpen;
+      if (verdict == Verdict::kMiss) continue;
+      if (is_own) {
+        TakeRecord(view, position, verdict, test, pass, rows);
+      } else {
+        pass.survivors.Add(position, budget_);
+      }
     }
   }
 
