@@ -96,8 +96,8 @@ class PassRunner {
     }
   }
 
-  // Reads the header for all layouts of the group. The first pass of the sweep takes its record, the
-  // others keep the position.
+  // Reads the header for all layouts of the group. The first pass of the sweep takes its record,
+  // the others keep the position.
   void TestSurvivor(const ByteView& view, uint64_t position, SweptGroup& group, bool is_careful,
                     RowBatch& rows) {
     const bool is_readable = group.header->Read(view, position);
