@@ -28,9 +28,8 @@ MicroSource::MicroSource(const std::string& name, const std::string& variant)
       plan_.Add(pass->plan.sets, pass->plan.first, pass->plan.required);
     }
   }
-  FileBytes bytes;
-  ReadWholeFile(walk_.probe().context().source_db_path, bytes);
-  SetBytes({bytes.begin(), bytes.end()});
+  std::ifstream source(walk_.probe().context().source_db_path, std::ios::binary);
+  SetBytes({std::istreambuf_iterator<char>(source), {}});
 }
 
 void MicroSource::SetBytes(std::vector<uint8_t> bytes) {

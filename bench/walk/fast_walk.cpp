@@ -137,12 +137,12 @@ void FastWalk::WithMainFile(const Action& action) {
 template <typename Action>
 void FastWalk::WithLog(const Action& action) {
   FileDataBuf file(probe_.context().source_db_path);
-  FileBytes log;
-  if (!ReadWholeFile(probe_.working_wal_path(), log, kSieveOverhang) ||
-      log.size() <= kWalHeaderBytes) {
+  LogFile log;
+  if (!log.Open(probe_.working_wal_path()) || log.size() <= kWalHeaderBytes) {
     throw std::runtime_error("the log cannot be read");
   }
-  LogSource source({&probe_.header(), FramesOfLog(log), &probe_.wal_page_map(), &file, 0});
+  LogSource source(
+      {&probe_.header(), LogFileBytes(log, kWalHeaderBytes), &probe_.wal_page_map(), &file, 0});
   action(source);
 }
 

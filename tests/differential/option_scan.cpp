@@ -42,12 +42,12 @@ int OptionScan::ScanDeleted() {
 
 int32_t OptionScan::ScanLog() {
   FileDataBuf file(probe_.context().source_db_path);
-  FileBytes log;
-  if (file.status() != 0 || !ReadWholeFile(probe_.working_wal_path(), log, kSieveOverhang) ||
-      log.size() <= kWalHeaderBytes) {
+  LogFile log;
+  if (file.status() != 0 || !log.Open(probe_.working_wal_path()) || log.size() <= kWalHeaderBytes) {
     return kScanFileBufferFailed;
   }
-  LogSource source({&probe_.header(), FramesOfLog(log), &probe_.wal_page_map(), &file, 0});
+  LogSource source(
+      {&probe_.header(), LogFileBytes(log, kWalHeaderBytes), &probe_.wal_page_map(), &file, 0});
   PassRunner<LogSource> runner(source, kStopName, options_.level);
   std::vector<TablePasses> tables = probe_.MakeTablePasses();
   std::vector<DeletedPass*> all;

@@ -28,8 +28,8 @@ int32_t PlainScan::WalkLog(Hits* hits) {
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
   }
-  FileBytes log;
-  if (!ReadWholeFile(probe_.working_wal_path(), log)) {
+  LogFile log;
+  if (!log.Open(probe_.working_wal_path())) {
     LogEx(kLogModule, kLogError, "Load file error! File : %s, Function : %s, Line : %d, ",
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
@@ -37,7 +37,8 @@ int32_t PlainScan::WalkLog(Hits* hits) {
   LogEx(kLogModule, kLogInfo, "%s ScanSqliteWal Init Succeed",
         probe_.context().source_db_path.c_str());
   if (log.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
-  const std::vector<uint8_t> frames(log.begin() + kWalHeaderBytes, log.end());
+  std::vector<uint8_t> frames(log.size() - kWalHeaderBytes);
+  log.ReadTo(kWalHeaderBytes, frames.size(), frames.data());
   for (const auto& [name, table] : probe_.table_infos()) {
     if (table.scan_type == 1) continue;
     CarveTable(table, hits, [&](const TablePass& pass) { WalkFrames(frames, file, pass); });
@@ -51,7 +52,7 @@ void PlainScan::WalkFrames(const std::vector<uint8_t>& frames, FileDataBuf& file
                            const TablePass& pass) {
   const uint64_t frame_size = probe_.header().page_size + kWalFrameHeaderBytes;
   const MemoryBytes bytes{frames.data(), frames.size()};
-  WalCarver carver(
+  WalCarver<MemoryBytes> carver(
       {&probe_.header(), bytes, &probe_.wal_page_map(), &file, KeptOutBytes(probe_.context())});
   plain_walk::PageRows rows(pass);
   SerialTypeCells cells;

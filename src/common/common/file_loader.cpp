@@ -5,6 +5,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <system_error>
 
 #include "common/common/log.h"
@@ -13,9 +14,11 @@
 namespace {
 
 // Line numbers that stand in the texts of these messages; they do not follow the code.
-constexpr int kLineReadWholeFile = 43;
+constexpr int kLineReadThrough = 43;
 constexpr int kLineOpenHeader = 86;
 constexpr int kLineReadHeader = 102;
+
+constexpr uint64_t kPieceBytes = 262144;
 
 // Opens `path` at its end. A directory opens as a stream on this platform but has no bytes to
 // give, so it is refused here as a file that cannot be opened.
@@ -41,24 +44,18 @@ bool ReadInto(std::ifstream& stream, size_t count, uint8_t* out) {
 
 }  // namespace
 
-// The bytes are not cleared first: a log can be large, and all of it is read over them.
-FileBytes::FileBytes(size_t size, size_t spare)
-    : bytes_(std::make_unique_for_overwrite<uint8_t[]>(size + spare)), size_(size) {
-  std::fill_n(bytes_.get() + size, spare, uint8_t{0});
-}
-
-bool ReadWholeFile(const std::string& path, FileBytes& out, size_t spare) {
+bool ReadThrough(const std::string& path, uint64_t& size) {
   std::ifstream stream;
-  uint64_t size = 0;
   if (!OpenAtEnd(path, stream, size)) {
     LogEx(kLogModule, kLogError, "Fail to load file %s", std::strerror(errno));
     return false;
   }
   if (size == 0) return false;
-  out = FileBytes(size, spare);
-  if (!ReadInto(stream, size, out.data())) {
+  const auto piece = std::make_unique_for_overwrite<uint8_t[]>(kPieceBytes);
+  for (uint64_t at = 0; at < size; at += kPieceBytes) {
+    if (ReadInto(stream, std::min(kPieceBytes, size - at), piece.get())) continue;
     LogEx(kLogModule, kLogError, "[%s], at %d line, Fail to read file %s, %s", kSourceCommon,
-          kLineReadWholeFile, std::strerror(errno), path.c_str());
+          kLineReadThrough, std::strerror(errno), path.c_str());
     return false;
   }
   return true;

@@ -99,15 +99,9 @@ uint8_t FileDataBuf::ReadByteOutsideWindow(uint64_t offset) {
 }
 
 uint8_t FileDataBuf::ReadByteThroughBlocks(uint64_t offset) {
-  const uint64_t number = offset / kBlockSize;
-  Block& block = blocks_[number % kBlockCount];
-  if (block.number != number) {
-    if (!block.bytes) block.bytes = std::make_unique<uint8_t[]>(kBlockSize);
-    const uint64_t begin = number * kBlockSize;
-    Load(begin, std::min(kBlockSize, file_size_ - begin), block.bytes.get());
-    block.number = number;
-  }
-  return block.bytes[offset % kBlockSize];
+  return blocks_.ReadByte(offset, file_size_, [this](uint64_t from, uint64_t length, uint8_t* out) {
+    Load(from, length, out);
+  });
 }
 
 void FileDataBuf::CheckRange(uint64_t offset, uint64_t length) const {

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
+
+#include "common/sqlitecommon/file_blocks.h"
 
 // A private copy of a byte range of a file. `deleter` takes `begin` and frees the bytes; the
 // holder runs it once, when it has copied out what it needs.
@@ -60,14 +61,6 @@ class FileDataBuf {
 
  private:
   static constexpr uint64_t kMaxWindowSize = 4194304;
-  static constexpr uint64_t kBlockSize = 65536;
-  static constexpr uint64_t kBlockCount = 16;
-  static constexpr uint64_t kNoBlock = ~uint64_t{0};
-
-  struct Block {
-    uint64_t number = kNoBlock;
-    std::unique_ptr<uint8_t[]> bytes;
-  };
 
   uint8_t ReadByteOutsideWindow(uint64_t offset);
   uint8_t ReadByteThroughBlocks(uint64_t offset);
@@ -84,5 +77,7 @@ class FileDataBuf {
   int32_t status_ = 0;
   std::string path_;
   std::fstream stream_;
-  std::array<Block, kBlockCount> blocks_;
+  FileBlocks blocks_;
 };
+
+inline uint64_t SourceSize(const FileDataBuf& file) { return file.file_size(); }

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "common/sqlitecommon/file_data_buf.h"
 
@@ -36,7 +38,14 @@ struct MemoryBytes {
   uint64_t size = 0;
 
   uint8_t ReadByte(uint64_t offset) const { return offset < size ? bytes[offset] : 0; }
+
+  // Copies as many of the bytes as there are.
+  void CopyTo(uint64_t offset, uint64_t length, uint8_t* out) const {
+    if (offset < size) std::memcpy(out, bytes + offset, std::min(length, size - offset));
+  }
 };
+
+inline uint64_t SourceSize(const MemoryBytes& memory) { return memory.size; }
 
 // Reads varints downward, the last byte of the first one standing at `start`, until `out` holds
 // three or `limit` bytes were taken. Varints read this way carry 32 bits: each group is shifted

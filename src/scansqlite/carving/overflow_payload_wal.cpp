@@ -1,15 +1,16 @@
 #include "scansqlite/carving/overflow_payload_wal.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 #include "common/sqlitecommon/big_endian.h"
 #include "scansqlite/carving/overflow_payload.h"
+#include "scansqlite/carving/parse_serial_types.h"
 
 namespace {
 
-uint32_t ReadFrameU32(const MemoryBytes& frames, uint64_t at) {
+template <typename Frames>
+uint32_t ReadFrameU32(const Frames& frames, uint64_t at) {
   return BigEndian32(frames.ReadByte(at), frames.ReadByte(at + 1), frames.ReadByte(at + 2),
                      frames.ReadByte(at + 3));
 }
@@ -29,43 +30,47 @@ struct ChainPage {
   uint64_t at = 0;  // of the page's first byte, in the log's frames or in the main file
 };
 
-ChainPage FindChainPage(const WalSource& source, uint32_t page, uint32_t salt) {
+template <typename Frames>
+ChainPage FindChainPage(const WalSource<Frames>& source, uint32_t page, uint32_t salt) {
   if (const WalFrame* frame = FindFrame(*source.page_map, page, salt)) {
     return {true, uint64_t{frame->frame_offset} + kWalFrameHeaderBytes};
   }
   return {false, (uint64_t{page} - 1) * source.header->page_size};
 }
 
-uint32_t ReadNextPage(const WalSource& source, const ChainPage& page) {
+template <typename Frames>
+uint32_t ReadNextPage(const WalSource<Frames>& source, const ChainPage& page) {
   return page.in_log ? ReadFrameU32(source.frames, page.at) : source.file->PeekBigEndian32(page.at);
 }
 
-void CopyPayload(const WalSource& source, const ChainPage& page, uint32_t count,
+template <typename Frames>
+void CopyPayload(const WalSource<Frames>& source, const ChainPage& page, uint32_t count,
                  uint32_t data_bytes, GatheredBody& body) {
   const uint64_t from = page.at + kOverflowHeaderBytes;
   if (!page.in_log) source.file->CheckRange(from, count);
   const BodyRoom room = GrowBody(body, count, data_bytes);
   if (!page.in_log) {
     source.file->ReadRangeTo(from, room.length, room.out);
-  } else if (from < source.frames.size && room.length != 0) {
-    std::memcpy(room.out, source.frames.bytes + from,
-                std::min<uint64_t>(room.length, source.frames.size - from));
+  } else if (room.length != 0) {
+    source.frames.CopyTo(from, room.length, room.out);
   }
 }
 
-bool CopyLocalBody(const WalSource& source, uint32_t header_start, const CarvedRecord& record,
-                   GatheredBody& body) {
+template <typename Frames>
+bool CopyLocalBody(const WalSource<Frames>& source, uint32_t header_start,
+                   const CarvedRecord& record, GatheredBody& body) {
   const uint32_t body_start = header_start + record.header_size;
-  if (uint64_t{body_start} + body.collected > source.frames.size) return false;
+  if (uint64_t{body_start} + body.collected > SourceSize(source.frames)) return false;
   if (body.collected == 0) return true;
-  const uint8_t* from = source.frames.bytes + body_start;
-  body.bytes.assign(from, from + body.collected);
+  body.bytes.resize(body.collected);
+  source.frames.CopyTo(body_start, body.collected, body.bytes.data());
   return true;
 }
 
 }  // namespace
 
-bool ReadOverflowPayloadWal(const WalSource& source, uint32_t salt, uint32_t header_start,
+template <typename Frames>
+bool ReadOverflowPayloadWal(const WalSource<Frames>& source, uint32_t salt, uint32_t header_start,
                             CarvedRecord& record, std::vector<uint8_t>& out) {
   const DbHeaderInfo& header = *source.header;
   GatheredBody body;
@@ -98,3 +103,8 @@ bool ReadOverflowPayloadWal(const WalSource& source, uint32_t salt, uint32_t hea
   out = std::move(body.bytes);
   return true;
 }
+
+template bool ReadOverflowPayloadWal(const WalSource<MemoryBytes>&, uint32_t, uint32_t,
+                                     CarvedRecord&, std::vector<uint8_t>&);
+template bool ReadOverflowPayloadWal(const WalSource<LogFileBytes>&, uint32_t, uint32_t,
+                                     CarvedRecord&, std::vector<uint8_t>&);

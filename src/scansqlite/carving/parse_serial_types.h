@@ -4,11 +4,9 @@
 #include <vector>
 
 #include "common/sqlitecommon/file_data_buf.h"
+#include "common/sqlitecommon/log_file.h"
 #include "common/sqlitecommon/reverse_varint.h"
 #include "scansqlite/carving/carve_layout.h"
-
-inline uint64_t SourceSize(const FileDataBuf& file) { return file.file_size(); }
-inline uint64_t SourceSize(const MemoryBytes& memory) { return memory.size; }
 
 // Reads a varint forward from `position`, which moves behind it; it ends at the source's end, too.
 // Every byte gives 7 bits, the ninth like the others, so that a nine-byte varint is another number

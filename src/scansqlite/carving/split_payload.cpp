@@ -1,7 +1,6 @@
 #include "scansqlite/carving/split_payload.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -46,10 +45,10 @@ bool Split(uint32_t size, uint32_t limit, const SerialTypeCells& cells,
   return true;
 }
 
-auto CopyFromMemory(MemoryBytes bytes) {
-  return [bytes](uint32_t consumed, uint32_t length, uint8_t* out) {
-    if (consumed >= bytes.size) return;
-    std::memcpy(out, bytes.bytes + consumed, std::min<uint64_t>(length, bytes.size - consumed));
+template <typename Bytes>
+auto CopyFrom(const Bytes& bytes, uint64_t offset) {
+  return [&bytes, offset](uint32_t consumed, uint32_t length, uint8_t* out) {
+    bytes.CopyTo(offset + consumed, length, out);
   };
 }
 
@@ -57,8 +56,19 @@ auto CopyFromMemory(MemoryBytes bytes) {
 
 bool SplitPayload(MemoryBytes bytes, uint32_t size, uint32_t limit, const SerialTypeCells& cells,
                   std::vector<RawValue>& values) {
-  return Split(size, limit, cells, values, CopyFromMemory(bytes));
+  return Split(size, limit, cells, values, CopyFrom(bytes, 0));
 }
+
+template <typename Frames>
+bool SplitPayloadInLog(const Frames& frames, uint64_t body_offset, uint32_t size, uint32_t limit,
+                       const SerialTypeCells& cells, std::vector<RawValue>& values) {
+  return Split(size, limit, cells, values, CopyFrom(frames, body_offset));
+}
+
+template bool SplitPayloadInLog(const MemoryBytes&, uint64_t, uint32_t, uint32_t,
+                                const SerialTypeCells&, std::vector<RawValue>&);
+template bool SplitPayloadInLog(const LogFileBytes&, uint64_t, uint32_t, uint32_t,
+                                const SerialTypeCells&, std::vector<RawValue>&);
 
 bool SplitPayloadInPage(FileDataBuf& file, uint64_t body_offset, uint32_t size, uint32_t limit,
                         const SerialTypeCells& cells, std::vector<RawValue>& values) {
@@ -78,7 +88,7 @@ void SplitShortenedPayload(MemoryBytes bytes, uint32_t size, const SerialTypeCel
       continue;
     }
     const uint32_t length = std::min(cell.payload_length, size - consumed);
-    values.push_back(MakeValue(cell, length, consumed, CopyFromMemory(bytes)));
+    values.push_back(MakeValue(cell, length, consumed, CopyFrom(bytes, 0)));
     consumed += length;
   }
 }

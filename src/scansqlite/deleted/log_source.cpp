@@ -10,7 +10,7 @@ constexpr uint64_t kSmallestPage = 512;
 constexpr uint64_t kLastPlainOffset = uint64_t{0x7FFFFFFF} - 65536;
 
 // A chain that goes on in such a main file never leaves it.
-bool IsSound(const WalSource& source) {
+bool IsSound(const WalSource<LogFileBytes>& source) {
   const DbHeaderInfo& header = *source.header;
   const uint64_t stated = uint64_t{header.page_size} * header.page_count;
   return header.page_size >= kSmallestPage && stated <= source.file->file_size() &&
@@ -19,11 +19,13 @@ bool IsSound(const WalSource& source) {
 
 }  // namespace
 
-LogSource::LogSource(const WalSource& source)
+LogSource::LogSource(const WalSource<LogFileBytes>& source)
     : source_(source), carver_(source), is_sound_(IsSound(source)) {}
 
-ByteView LogSource::View(uint64_t /*begin*/, uint64_t /*end*/) const {
-  return {source_.frames.bytes, 0, source_.frames.size, source_.frames.size};
+ByteView LogSource::View(uint64_t begin, uint64_t end) {
+  return window_.View(begin, end, size(), [this](uint64_t from, uint64_t length, uint8_t* out) {
+    source_.frames.CopyTo(from, length, out);
+  });
 }
 
 uint64_t LogSource::page_bytes() const {

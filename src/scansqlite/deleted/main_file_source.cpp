@@ -1,21 +1,11 @@
 #include "scansqlite/deleted/main_file_source.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "scansqlite/carving/cell_head.h"
 #include "scansqlite/deleted/page_types.h"
-#include "scansqlite/sieve/header_sieve.h"
 
 namespace {
-
-constexpr uint64_t kWindowBytes = 262144;
-
-// In front of a page, for cell heads that reach into it.
-constexpr uint64_t kBefore = 64;
-
-// Behind a page, for headers that run over its end.
-constexpr uint64_t kBehind = 2048;
 
 constexpr uint64_t kSmallestPage = 512;
 constexpr uint64_t kDbHeaderEnd = 100;
@@ -38,25 +28,10 @@ MainFileSource::MainFileSource(const DbHeaderInfo& header, FileDataBuf& file)
       carver_(header, file),
       is_sound_(IsSound(header, file.file_size())) {}
 
-void MainFileSource::Load(uint64_t begin, uint64_t end) {
-  const uint64_t from = begin - std::min(begin, kBefore);
-  const uint64_t wanted = std::max(kWindowBytes, end - from + kBehind);
-  const uint64_t taken = std::min(wanted, size() - from);
-  if (capacity_ < wanted + kSieveOverhang) {
-    capacity_ = wanted + kSieveOverhang;
-    bytes_ = std::make_unique_for_overwrite<uint8_t[]>(capacity_);
-  }
-  file_.ReadRangeTo(from, taken, bytes_.get());
-  std::memset(bytes_.get() + taken, 0, kSieveOverhang);
-  begin_ = from;
-  end_ = from + taken;
-}
-
 ByteView MainFileSource::View(uint64_t begin, uint64_t end) {
-  const uint64_t from = begin - std::min(begin, kBefore);
-  const uint64_t to = std::min(end + kBehind, size());
-  if (from < begin_ || to > end_) Load(begin, end);
-  return {bytes_.get(), begin_, end_, size()};
+  return window_.View(begin, end, size(), [this](uint64_t from, uint64_t length, uint8_t* out) {
+    file_.ReadRangeTo(from, length, out);
+  });
 }
 
 bool MainFileSource::HasUsualPages() const { return header_.page_size >= kSmallestPage; }

@@ -5,6 +5,7 @@
 #include "common/sqlitecommon/file_data_buf.h"
 #include "scansqlite/carving/byte_view.h"
 #include "scansqlite/carving/main_file_carver.h"
+#include "scansqlite/deleted/file_window.h"
 #include "scansqlite/deleted/segment.h"
 
 // The main file as the sweep reads it: large pieces in rising order, with what lies around a page.
@@ -32,14 +33,9 @@ class MainFileSource {
   Segment SweptPart(uint64_t page_begin) const;
 
  private:
-  void Load(uint64_t begin, uint64_t end);
-
   const DbHeaderInfo& header_;
   FileDataBuf& file_;
   MainFileCarver carver_;
   bool is_sound_;
-  std::unique_ptr<uint8_t[]> bytes_;
-  uint64_t capacity_ = 0;
-  uint64_t begin_ = 0;
-  uint64_t end_ = 0;
+  FileWindow window_;
 };

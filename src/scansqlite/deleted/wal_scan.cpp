@@ -27,15 +27,16 @@ int32_t ScanSqlite::DeleteScanSqliteWalFile() {
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
   }
-  FileBytes log;
-  if (!ReadWholeFile(working_wal_path_, log, kSieveOverhang)) {
+  LogFile log;
+  if (!log.Open(working_wal_path_)) {
     LogEx(kLogModule, kLogError, "Load file error! File : %s, Function : %s, Line : %d, ",
           kSourceScanSqlite, "ScanSqlite::DeleteScanSqliteWalFile", __LINE__);
     return kScanFileBufferFailed;
   }
   LogEx(kLogModule, kLogInfo, "%s ScanSqliteWal Init Succeed", context_->source_db_path.c_str());
   if (log.size() <= kWalHeaderBytes) return kScanFileBufferFailed;
-  LogSource source({&db_header_, FramesOfLog(log), &wal_page_map_, &file, KeptOutBytes(*context_)});
+  LogSource source({&db_header_, LogFileBytes(log, kWalHeaderBytes), &wal_page_map_, &file,
+                    KeptOutBytes(*context_)});
   PassRunner<LogSource> runner(source, "ScanSqlite::SqliteFileWALWithOverflowScan");
   std::vector<TablePasses> tables = MakeTablePasses();
   std::vector<DeletedPass*> sharing;

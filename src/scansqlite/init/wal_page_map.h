@@ -4,7 +4,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "common/common/file_loader.h"
+#include "common/sqlitecommon/log_file.h"
 #include "common/sqlitecommon/reverse_varint.h"
 
 // The write-ahead log starts with 32 bytes of its own, and each frame with 24.
@@ -29,11 +29,8 @@ struct WalFrame {
 // generations and of transactions that never committed are wanted too.
 using WalPageMap = std::unordered_map<uint32_t, std::vector<WalFrame>>;
 
-// The log without its header; it has one.
-inline MemoryBytes FramesOfLog(const FileBytes& log) {
-  return {log.data() + kWalHeaderBytes, log.size() - kWalHeaderBytes};
-}
-
 // Adds an entry for every frame of `frames`, the log without its header. A last frame of fewer
 // than 12 bytes has no fields to read and gets none.
-void MapWalFrames(const MemoryBytes& frames, uint64_t frame_size, WalPageMap& map);
+// `Frames` is LogFileBytes, or MemoryBytes.
+template <typename Frames>
+void MapWalFrames(const Frames& frames, uint64_t frame_size, WalPageMap& map);

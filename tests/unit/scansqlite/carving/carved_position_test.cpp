@@ -48,7 +48,8 @@ class CarvedPosition : public testing::Test {
     MainFileCarver carver(header_, file.buf());
     const bool hit = TestPosition(layout, carver, position, cells, row_, hint_);
     const WalPageMap no_frames;
-    WalCarver wal_carver({&header_, {bytes.data(), bytes.size()}, &no_frames, &file.buf(), 0});
+    WalCarver<MemoryBytes> wal_carver(
+        {&header_, {bytes.data(), bytes.size()}, &no_frames, &file.buf(), 0});
     RowValue wal_row;
     RowIdHint wal_hint;
     EXPECT_EQ(TestPosition(layout, wal_carver, position, cells, wal_row, wal_hint), hit);
@@ -262,7 +263,8 @@ TEST_F(OverflowingPosition, AChainThatEndsEarlyIsAMissInTheFileAndAShorterRecord
   MainFileCarver carver(header_, file.buf());
   EXPECT_FALSE(TestPosition(layout, carver, position_, cells, row_, hint_));
   const WalPageMap no_frames;
-  WalCarver wal_carver({&header_, {bytes.data(), bytes.size()}, &no_frames, &file.buf(), 0});
+  WalCarver<MemoryBytes> wal_carver(
+      {&header_, {bytes.data(), bytes.size()}, &no_frames, &file.buf(), 0});
   ASSERT_TRUE(TestPosition(layout, wal_carver, position_, cells, row_, hint_));
   const std::string kept = row_.text_values.at("body");
   EXPECT_GT(kept.size(), 0U);
@@ -290,9 +292,9 @@ TEST_F(OverflowingPosition, TheLogFollowsFramesWithTheSaltOfTheRecordsFrame) {
       frames = hand_made::Join({frames, frame});
     }
     WalPageMap map;
-    MapWalFrames({frames.data(), frames.size()}, 24 + kPageSize, map);
+    MapWalFrames(MemoryBytes{frames.data(), frames.size()}, 24 + kPageSize, map);
     hand_made::FileOf main(Bytes(size_t{kPageSize} * 4, 'z'));
-    WalCarver carver({&header_, {frames.data(), frames.size()}, &map, &main.buf(), 0});
+    WalCarver<MemoryBytes> carver({&header_, {frames.data(), frames.size()}, &map, &main.buf(), 0});
     SerialTypeCells cells;
     const CarveLayout layout = Layout();
     ASSERT_TRUE(TestPosition(layout, carver, 24 + kPageSize + 24 + position_, cells, row_, hint_));

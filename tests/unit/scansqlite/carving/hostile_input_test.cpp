@@ -72,8 +72,9 @@ TEST(HostileInput, RandomBytesNeverBreakTheCarvers) {
       MainFileCarver main_carver(header, file.buf());
       hits += SweepAll(layout, main_carver, bytes.size());
       WalPageMap map;
-      MapWalFrames({bytes.data(), bytes.size()}, c.page_size + kWalFrameHeaderBytes, map);
-      WalCarver wal_carver(
+      MapWalFrames(MemoryBytes{bytes.data(), bytes.size()}, c.page_size + kWalFrameHeaderBytes,
+                   map);
+      WalCarver<MemoryBytes> wal_carver(
           {&header, {bytes.data(), bytes.size()}, &map, &file.buf(), round % 2 == 0 ? 0U : 16U});
       hits += SweepAll(layout, wal_carver, bytes.size());
     }

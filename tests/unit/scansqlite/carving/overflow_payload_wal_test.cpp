@@ -54,12 +54,13 @@ class WalChain : public testing::Test {
   Outcome Read(const Bytes& frames, uint32_t data_bytes, uint32_t salt = kSalt,
                uint32_t kept_out = 0, uint32_t header_start = 30) {
     WalPageMap map;
-    MapWalFrames({frames.data(), frames.size()}, kFrameSize, map);
+    MapWalFrames(MemoryBytes{frames.data(), frames.size()}, kFrameSize, map);
     hand_made::FileOf file(main_);
     CarvedRecord record = record_;
     record.data_bytes = data_bytes;
     record.payload_size = record.header_size + data_bytes;
-    const WalSource source{&header_, {frames.data(), frames.size()}, &map, &file.buf(), kept_out};
+    const WalSource<MemoryBytes> source{
+        &header_, {frames.data(), frames.size()}, &map, &file.buf(), kept_out};
     Outcome outcome;
     Bytes body;
     if (ReadOverflowPayloadWal(source, salt, header_start, record, body)) outcome.body = body;

@@ -37,7 +37,7 @@ Bytes Frame(uint32_t page, uint32_t salt1) {
 
 WalPageMap MapOf(const Bytes& frames) {
   WalPageMap map;
-  MapWalFrames({frames.data(), frames.size()}, kFrameSize, map);
+  MapWalFrames(MemoryBytes{frames.data(), frames.size()}, kFrameSize, map);
   return map;
 }
 
