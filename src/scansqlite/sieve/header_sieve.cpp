@@ -193,10 +193,11 @@ void Sieve(const SievePlan& plan, SieveLevel level, const uint8_t* bytes, size_t
   const size_t blocks = (count + kSieveBlock - 1) / kSieveBlock;
   result.Resize(plan.sieves.size(), blocks);
   if (blocks == 0) return;
-  uint64_t* const scratch = result.Scratch(2 * (blocks + 1));
-  SieveBlocks(level, {plan.sets.data(), plan.sieves.data(), plan.sieves.size(), bytes, blocks,
-                      result.Words(0), result.Marks(0), result.marks_of_sieve(),
-                      plan.anchors.data(), plan.anchors.size(), scratch, scratch + blocks + 1});
+  uint64_t* const scratch = result.Scratch(3 * (blocks + 1));
+  SieveBlocks(level,
+              {plan.sets.data(), plan.sieves.data(), plan.sieves.size(), bytes, blocks,
+               result.Words(0), result.Marks(0), result.marks_of_sieve(), plan.anchors.data(),
+               plan.anchors.size(), scratch, scratch + blocks + 1, scratch + 2 * (blocks + 1)});
   const size_t tail = count % kSieveBlock;
   if (tail == 0) return;
   for (size_t i = 0; i < plan.sieves.size(); ++i) {

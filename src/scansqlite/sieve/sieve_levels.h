@@ -17,6 +17,7 @@ struct SieveJob {
   size_t anchor_count;
   uint64_t* anchor_words;  // room for one word more than `blocks`
   uint64_t* padded;        // the same
+  uint64_t* hot_blocks;    // the same
 };
 
 // The same sweep for each instruction set; every level gives the same words. The two vector forms

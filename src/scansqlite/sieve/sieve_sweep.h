@@ -114,12 +114,10 @@ class Sweep {
     FillWords();
     for (size_t i = 0; i < job_.anchor_count; ++i) {
       const SieveAnchor& anchor = job_.anchors[i];
-      FindAnchors(anchor);
-      const uint64_t* const anchor_words = job_.anchor_words;
-      const uint64_t* const padded = job_.padded;
-      for (size_t at = job_.blocks + 1; at-- > 0;) {
-        const uint64_t places = anchor_words[at];
-        if ((places | padded[at] | anchor.any_block) != 0) JoinBlock(anchor, at, places);
+      const size_t count = FindAnchors(anchor);
+      for (size_t at = 0; at < count; ++at) {
+        const uint64_t block = job_.hot_blocks[at];
+        JoinBlock(anchor, block, job_.anchor_words[block]);
       }
     }
     for (size_t i = 0; i < job_.sieve_count; ++i) {
@@ -157,12 +155,20 @@ class Sweep {
     }
   }
 
-  void FindAnchors(const SieveAnchor& anchor) {
+  // Fills the words of the anchor and the list of blocks that are to be looked at; gives how many.
+  // Whether a block is one of them cannot be foreseen, so that no jump depends on it.
+  size_t FindAnchors(const SieveAnchor& anchor) {
     const SieveJob job = job_;
     const NibbleSet set = job.sets[anchor.column.set];
+    const uint64_t any_block = anchor.any_block;
+    size_t count = 0;
     for (size_t at = 0; at <= job.blocks; ++at) {
-      job.anchor_words[at] = Level::Members(Level::Load(job.bytes + at * kSieveBlock), set);
+      const uint64_t places = Level::Members(Level::Load(job.bytes + at * kSieveBlock), set);
+      job.anchor_words[at] = places;
+      job.hot_blocks[count] = at;
+      count += (places | job.padded[at] | any_block) != 0 ? 1 : 0;
     }
+    return count;
   }
 
   BlockWords<Level>& Block(size_t at) {
