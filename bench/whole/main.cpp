@@ -68,7 +68,7 @@ void Describe(CLI::App& app, Arguments& arguments) {
       ->check(CLI::IsMember(bench::CaseNames()));
   app.add_flag("--quick", options.is_quick, "no large sources, no instruction counts");
   app.add_option("--revision", arguments.revision, "revision to state");
-  app.add_option("--json", arguments.json, "file for the results");
+  app.add_option("--json", arguments.json, "file for the results")->take_last();
   app.add_option("--from-json", arguments.from_json, "report on earlier results, measure nothing");
   app.add_option("--markdown", arguments.markdown, "document whose tables to replace");
   bench::RunRequest& single = arguments.single;

@@ -83,3 +83,11 @@ bool MeasureFile(const std::string& path, uint64_t& size) {
   std::ifstream stream;
   return OpenAtEnd(path, stream, size);
 }
+
+void ReadAt(std::istream& stream, uint64_t offset, uint64_t length, uint8_t* out) {
+  stream.clear();
+  stream.seekg(static_cast<std::streamoff>(offset));
+  stream.read(reinterpret_cast<char*>(out), static_cast<std::streamsize>(length));
+  const auto got = static_cast<uint64_t>(stream.gcount());
+  if (got < length) std::memset(out + got, 0, length - got);
+}

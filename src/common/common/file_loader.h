@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <istream>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,9 @@ bool ReadThrough(const std::string& path, uint64_t& size);
 // Loads exactly the first 100 bytes of the file at `path` (UTF-8). False when it cannot be opened
 // or read (one log line at level 3) and when it is shorter (no line, `out` empty).
 bool ReadDbHeaderBytes(const std::string& path, std::vector<uint8_t>& out);
+
+// Reads `length` bytes from `offset` on. Bytes that the file lacks, since it became shorter, are 0.
+void ReadAt(std::istream& stream, uint64_t offset, uint64_t length, uint8_t* out);
 
 // Size in bytes of the file at `path`; false with errno set when it cannot be opened for reading.
 bool MeasureFile(const std::string& path, uint64_t& size);

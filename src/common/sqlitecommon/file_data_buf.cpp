@@ -6,6 +6,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "common/common/file_loader.h"
 #include "common/common/log.h"
 #include "common/common/source_path.h"
 #include "common/sqlitecommon/big_endian.h"
@@ -69,12 +70,7 @@ uint32_t FileDataBuf::PeekBigEndian32(uint64_t offset) {
 }
 
 void FileDataBuf::Load(uint64_t offset, uint64_t length, uint8_t* out) {
-  stream_.clear();
-  stream_.seekg(static_cast<std::streamoff>(offset));
-  stream_.read(reinterpret_cast<char*>(out), static_cast<std::streamsize>(length));
-  // A file that became shorter reads as 0 there.
-  const auto got = static_cast<uint64_t>(stream_.gcount());
-  if (got < length) std::memset(out + got, 0, length - got);
+  ReadAt(stream_, offset, length, out);
 }
 
 std::string FileDataBuf::DescribeAccessPastEnd(int line) const {

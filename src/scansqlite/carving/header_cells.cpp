@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <limits>
 
+#include "scansqlite/carving/cell_head.h"
 #include "scansqlite/carving/position_test.h"
 
 namespace {
-
-// The head of a cell and one byte in front of it: three varints of nine bytes at most.
-constexpr uint64_t kHeadReach = 40;
 
 constexpr size_t kNoColumn = std::numeric_limits<size_t>::max();
 
@@ -60,7 +58,7 @@ const uint8_t* HeaderCells::ReadLongType(const ByteView& view, const uint8_t* at
 
 bool HeaderCells::Read(const ByteView& view, uint64_t position) {
   if (!view.Holds(position, position)) return false;
-  if (view.begin != 0 && position < view.begin + kHeadReach) return false;
+  if (view.begin != 0 && position < view.begin + kUsualHeadRoom) return false;
   const uint8_t* const end = view.bytes + (view.end - view.begin);
   const uint8_t* at = view.At(position);
   end_column_ = long_column_ = kNoColumn;

@@ -33,8 +33,6 @@ class RowBatch {
   // Adds a row that the general test made.
   void Add(RowValue row, const RowIdHint& hint);
 
-  bool empty() const { return hints_.empty(); }
-
   // Guesses row ids if the table asks for that, saves the rows and forgets them.
   void Flush();
 

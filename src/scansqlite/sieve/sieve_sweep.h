@@ -96,12 +96,12 @@ struct Alive {
 
 __extension__ using TwoWords = unsigned __int128;
 
-// All shifts by `first` to 9 together, `first` being 2 or 3. Each step adds to how many there are.
-inline Alive AnyShift(const Alive& alive, unsigned first) {
-  TwoWords word = (TwoWords{alive.here} << 64 | alive.front) >> first;
+// All shifts by 2 to 9 together, each step doubling how many there are.
+inline Alive AnyShift(const Alive& alive) {
+  TwoWords word = (TwoWords{alive.here} << 64 | alive.front) >> 2;
   word |= word >> 1;
   word |= word >> 2;
-  word |= word >> (first == 2 ? 4 : 3);
+  word |= word >> 4;
   return {static_cast<uint64_t>(word >> 64), static_cast<uint64_t>(word)};
 }
 
@@ -279,31 +279,31 @@ class Sweep {
 
   // The places of `column` from which its serial type leads to a place in `next`.
   Alive JoinColumn(const SieveColumn& column, size_t at, const Alive& next) {
-    const bool reaches_front = at > 0 && next.ReachesFront();
-    const bool is_long = column.long_text || column.long_blob;
+    const Alive any = AnyShift(next);
     Alive alive;
-    BlockWords<Level>& here = Block(at);
-    alive.here = here.Members(column.set) & next.ShiftHere(1);
-    if (is_long) alive.here |= TwoBytes(column, here) & next.ShiftHere(2);
-    const uint64_t longer_here = LongerForms(is_long, at);
-    if (longer_here != 0) alive.here |= longer_here & AnyShift(next, 2).here;
-    if (!reaches_front) return alive;
-    BlockWords<Level>& front = Block(at - 1);
-    alive.front = front.Members(column.set) & next.ShiftFront(1);
-    if (is_long) alive.front |= TwoBytes(column, front) & next.ShiftFront(2);
-    const uint64_t longer_front = LongerForms(is_long, at - 1);
-    if (longer_front != 0) alive.front |= longer_front & AnyShift(next, 2).front;
+    alive.here = JoinIn(at, column, next.ShiftHere(1), next.ShiftHere(2), any.here);
+    if (at > 0 && next.ReachesFront()) {
+      alive.front = JoinIn(at - 1, column, next.ShiftFront(1), next.ShiftFront(2), any.front);
+    }
     return alive;
+  }
+
+  // Those of one block; the words are the places one, two and two to nine bytes in front of `next`.
+  uint64_t JoinIn(size_t at, const SieveColumn& column, uint64_t by_one, uint64_t by_two,
+                  uint64_t by_more) {
+    BlockWords<Level>& block = Block(at);
+    uint64_t longer = job_.padded[at];  // varints whose length is left open
+    uint64_t alive = block.Members(column.set) & by_one;
+    if (column.long_text || column.long_blob) {
+      alive |= TwoBytes(column, block) & by_two;
+      longer |= block.long_forms().longer;
+    }
+    return alive | (longer & by_more);
   }
 
   static uint64_t TwoBytes(const SieveColumn& column, BlockWords<Level>& block) {
     const auto& forms = block.long_forms();
     return (column.long_text ? forms.two_odd : 0) | (column.long_blob ? forms.two_even : 0);
-  }
-
-  // First bytes of varints whose length is left open, from 2 on.
-  uint64_t LongerForms(bool is_long, size_t at) {
-    return job_.padded[at] | (is_long ? Block(at).long_forms().longer : 0);
   }
 
   // Drops positions from which on `null_run` bytes are 0, as far as the run reaches the end of the
