@@ -1,6 +1,7 @@
 #include "scansqlite/scan_sqlite.h"
 
 #include "common/common/log.h"
+#include "storager/unique_index.h"
 
 namespace {
 
@@ -17,7 +18,7 @@ ScanSqlite::ScanSqlite(const ScanContext* context, std::atomic<int32_t>* scan_co
       saved_keys_(kMaxKeyBytes) {}
 
 SavedKeys* ScanSqlite::KeysOf(const std::string& table_name) {
-  return storager_->HasUniqueIndex(table_name) ? &saved_keys_ : nullptr;
+  return UniqueIndex(storager_->handle(), table_name).Exists() ? &saved_keys_ : nullptr;
 }
 
 // The result database goes first: closing it is what rolls back an open transaction.

@@ -8,6 +8,7 @@
 #include "common/sqlitecommon/sqlite_statement.h"
 #include "storager/bound_row.h"
 #include "storager/row_feed.h"
+#include "storager/row_key.h"
 #include "storager/row_value.h"
 #include "storager/saved_keys.h"
 
@@ -29,6 +30,26 @@ class RowSink {
   // Saves rows until the source ends.
   void SaveAll(RowSource& rows);
 
+  // Puts one row in without a look at its key. False when it was refused.
+  bool InsertRow(const BoundValue* values);
+
+  enum class Novelty { kKnown, kNew, kPossiblyNew };
+
+  // Whether the row would be dropped, by its key; only the values of the unique fields are looked
+  // at. Whatever is not known yet counts as saved from now on, but for a row that may repeat a key
+  // unseen, if `must_be_sure`: it is left as it was.
+  Novelty Judge(const BoundValue* values, bool must_be_sure);
+
+  // Nobody knows any more what the result holds.
+  void ForgetKeys();
+
+  // The keys as they are now, and back to them after a transaction was rolled back.
+  SavedKeys::Mark MarkKeys() const;
+  void ForgetKeysSince(const SavedKeys::Mark& mark);
+
+  // Whether a row is refused by the unique index alone, so that many may go in with one statement.
+  bool TakesManyRows() const { return has_plain_types_ && insert_.handle() != nullptr; }
+
   // Whether rows can be known by their keys at all.
   bool KeepsKeys() const { return keys_ != nullptr; }
 
@@ -36,15 +57,14 @@ class RowSink {
   // of the unique fields are looked at.
   bool IsKnown(const BoundValue* values);
 
-  const std::vector<uint32_t>& unique_fields() const { return unique_fields_; }
+  const std::vector<uint32_t>& unique_fields() const { return key_.fields(); }
   size_t field_count() const { return fields_.size(); }
   const TableFields& fields() const { return fields_; }
 
  private:
   class NewRows;
 
-  bool MakeKey(const BoundValue* values);
-  SavedKeys::Key key() const { return {key_.data(), key_size_}; }
+  void Feed(NewRows& rows);
   void Bind(int index, const BoundValue& value);
 
   const TableFields& fields_;
@@ -52,10 +72,7 @@ class RowSink {
   SavedKeys* keys_;
   std::unique_ptr<RowFeed> feed_;
   bool has_plain_types_;
-  std::vector<uint32_t> unique_fields_;
-  uint32_t table_number_;
-  std::vector<uint8_t> key_;
-  size_t key_size_ = 0;
+  RowKey key_;
 };
 
 // The values of a row in the order of the fields, of the kind that the row has them. They

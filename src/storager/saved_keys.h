@@ -14,9 +14,19 @@ class SavedKeys {
 
   using Key = std::span<const uint8_t>;
 
-  bool Contains(Key key) const;
-  // False when the set holds the key already.
-  bool Add(Key key);
+  enum class Added { kIsNew, kWasThere, kNoRoom };
+
+  bool Contains(Key key);
+  // A key for which there is no room is not held. The empty key never is.
+  Added Add(Key key);
+
+  // What the set holds now, to forget all that came later: when a transaction is rolled back.
+  struct Mark {
+    size_t count = 0;
+    size_t arena = 0;
+  };
+  Mark mark() const { return {count_, arena_.size()}; }
+  void ForgetSince(const Mark& mark);
 
   // Forgets everything and takes nothing any more: after a failure of the result database nobody
   // knows what it holds.
@@ -26,19 +36,20 @@ class SavedKeys {
   size_t bytes_used() const;
 
  private:
-  // A slot is empty when its offset is 0; the arena's first byte is never a key's.
-  struct Slot {
-    uint32_t tag = 0;
-    uint32_t offset = 0;
-  };
-
-  bool Matches(const Slot& slot, uint32_t tag, Key key) const;
+  bool EndsAt(uint32_t end, Key key) const;
   size_t FindSlot(uint64_t hash, Key key) const;
+  void Put(size_t slot, uint64_t hash, uint32_t end);
   bool MakeRoom(size_t key_bytes);
-  void Grow();
+  void FillTable(size_t slots);
 
   size_t max_bytes_;
   size_t count_ = 0;
-  std::vector<Slot> slots_;
-  std::vector<uint8_t> arena_{0};  // each key behind its length
+  // The table, in two: eight bits of each key's hash, 0 where there is none, which the processor's
+  // cache holds, and where the key ends in the arena, which is only looked at when these agree.
+  std::vector<uint8_t> tags_;
+  std::vector<uint32_t> ends_;
+  std::vector<uint8_t> arena_{0};  // each key with its length behind it
+  // Where the key ends that was added in front of the last one found. The cells of a page stand in
+  // it in falling order, so that the next one looked for is mostly this.
+  uint32_t end_before_ = 0;
 };

@@ -17,9 +17,6 @@ class Storager {
   // later, as rows that do not arrive.
   bool CreateResultTables(const NeedQueryTables& tables);
 
-  // Whether the table got its unique index.
-  bool HasUniqueIndex(const std::string& table_name) const;
-
   sqlite3* handle() const { return connection_.handle(); }
 
   // Runs one statement text; the result is not looked at.

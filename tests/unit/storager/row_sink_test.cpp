@@ -9,10 +9,32 @@
 #include "reference/save_row.h"
 #include "storager/column_lists.h"
 #include "storager/storager.h"
+#include "storager/unique_index.h"
 #include "support/dice.h"
 #include "support/temp_folder.h"
 
 namespace {
+
+// Rows of a list.
+class ListedRows : public RowSource {
+ public:
+  ListedRows(const TableFields& fields, const std::vector<RowValue>& rows)
+      : fields_(fields), rows_(rows) {}
+
+  const BoundValue* Next() override {
+    if (given_ == rows_.size()) return nullptr;
+    values_.clear();
+    BindRowValue(fields_, rows_[given_++], values_);
+    return values_.data();
+  }
+  size_t given() const { return given_; }
+
+ private:
+  const TableFields& fields_;
+  const std::vector<RowValue>& rows_;
+  size_t given_ = 0;
+  std::vector<BoundValue> values_;
+};
 
 // Two result databases of one table, one filled row by row and one through a sink.
 class TwoResults {
@@ -30,8 +52,18 @@ class TwoResults {
     }
     row_insert_.Prepare(by_rows_->handle(), MakeInsertSql("t", fields_));
     sink_insert_.Prepare(by_sink_->handle(), MakeInsertSql("t", fields_));
-    SavedKeys* keys = by_sink_->HasUniqueIndex("t") ? &keys_ : nullptr;
+    SavedKeys* keys = UniqueIndex(by_sink_->handle(), "t").Exists() ? &keys_ : nullptr;
     sink_ = std::make_unique<RowSink>(fields_, sink_insert_, keys, 1);
+  }
+
+  // The rows of the sink go in with one statement.
+  void UseFeed() { sink_->UseFeed(by_sink_->handle(), "t"); }
+
+  void SaveMany(const std::vector<RowValue>& rows) {
+    for (const RowValue& row : rows) SaveRow(fields_, row, row_insert_);
+    ListedRows listed(fields_, rows);
+    sink_->SaveAll(listed);
+    EXPECT_EQ(listed.given(), rows.size());
   }
 
   void Save(const RowValue& row) {
@@ -159,6 +191,26 @@ TEST(RowSinkTest, RowsAreThoseOfSavingOneByOne) {
   EXPECT_GT(keyed, 1000U);
 }
 
+TEST(RowSinkTest, ManyRowsAreThoseOfSavingOneByOne) {
+  size_t kept = 0;
+  for (uint64_t seed = 1; seed <= 120; ++seed) {
+    Dice dice(1000 + seed);
+    const TableFields fields = RandomFields(dice);
+    TwoResults results(fields, dice.Chance(20) ? 100000 : size_t{1} << 22);
+    results.UseFeed();
+    results.Execute("BEGIN");
+    for (size_t batch = 0; batch < 5; ++batch) {
+      std::vector<RowValue> rows;
+      while (rows.size() < dice.Below(90)) rows.push_back(RandomRow(dice, fields));
+      results.SaveMany(rows);
+    }
+    results.Execute("COMMIT");
+    ASSERT_EQ(results.SinkRows(), results.SavedRows()) << "seed " << seed;
+    kept += results.SavedRows().size();
+  }
+  EXPECT_GT(kept, 3000U);
+}
+
 const TableFields kNumbers = {{1, 0, "n", "INTEGER"}, {0, 2, "body", "TEXT"}};
 
 RowValue NumberRow(int64_t number, const std::string& body) {
@@ -193,9 +245,31 @@ TEST(RowSinkTest, ATransactionThatAnInterruptUndidIsForgotten) {
   EXPECT_EQ(results.SinkRows(), results.SavedRows());
 }
 
+// Every row is tried and refused, also where SQLite does not even ask for it.
+TEST(RowSinkTest, AResultThatTakesNothingEndsTheSaving) {
+  for (const bool is_interrupted : {false, true}) {
+    TwoResults results(kNumbers, 1 << 20);
+    results.UseFeed();
+    std::vector<RowValue> rows;
+    for (int64_t n = 0; n < 100; ++n) rows.push_back(NumberRow(n, "b"));
+    if (is_interrupted) {
+      results.Interrupt(true);
+    } else {
+      results.Execute("PRAGMA query_only=ON");
+    }
+    results.SaveMany(rows);
+    results.Interrupt(false);
+    results.Execute("PRAGMA query_only=OFF");
+    EXPECT_TRUE(results.SinkRows().empty());
+    results.SaveMany(rows);
+    EXPECT_EQ(results.SinkRows().size(), 100U);
+    EXPECT_EQ(results.SinkRows(), results.SavedRows());
+  }
+}
+
 TEST(RowSinkTest, AFullDatabaseHoldsTheSameRows) {
   TwoResults results(kNumbers, 1 << 20);
-  results.Execute("PRAGMA max_page_count=12");
+  results.Execute("PRAGMA max_page_count=5");
   for (int round = 0; round < 3; ++round) {
     results.Execute("BEGIN");
     for (int64_t n = 0; n < 200; ++n)

@@ -74,6 +74,64 @@ TEST(SavedKeysTest, StopsGrowingBelowItsBound) {
   }
 }
 
+TEST(SavedKeysTest, SaysWhetherAKeyIsNew) {
+  SavedKeys keys(1 << 20);
+  EXPECT_EQ(keys.Add(Key{1}), SavedKeys::Added::kIsNew);
+  EXPECT_EQ(keys.Add(Key{2}), SavedKeys::Added::kIsNew);
+  EXPECT_EQ(keys.Add(Key{1}), SavedKeys::Added::kWasThere);
+  SavedKeys none(0);
+  EXPECT_EQ(none.Add(Key{1}), SavedKeys::Added::kNoRoom);
+  EXPECT_EQ(none.Add(Key{1}), SavedKeys::Added::kNoRoom);
+}
+
+// However they are looked for, also one after the other from the last one on.
+TEST(SavedKeysTest, AreFoundInAnyOrder) {
+  SavedKeys keys(size_t{64} << 20);
+  std::vector<Key> added;
+  Dice dice(3);
+  for (uint32_t i = 0; i < 5000; ++i) {
+    Key key = RandomKey(dice);
+    for (size_t k = 0; k < 3; ++k) key.push_back(static_cast<uint8_t>(i >> (8 * k)));
+    added.push_back(key);
+    ASSERT_EQ(keys.Add(key), SavedKeys::Added::kIsNew) << i;
+  }
+  const auto expect_found = [&keys](Key key) {
+    ASSERT_TRUE(keys.Contains(key));
+    key.back() ^= 0x55U;
+    ASSERT_FALSE(keys.Contains(key));
+  };
+  for (auto key = added.rbegin(); key != added.rend(); ++key) expect_found(*key);
+  for (const Key& key : added) expect_found(key);
+  for (int i = 0; i < 5000; ++i) expect_found(added[dice.Below(added.size())]);
+}
+
+TEST(SavedKeysTest, ForgetsWhatCameBehindAMark) {
+  for (const size_t more : {size_t{0}, size_t{1}, size_t{3000}}) {
+    SavedKeys keys(1 << 22);
+    const auto key_of = [](size_t i) {
+      return Key{static_cast<uint8_t>(i), static_cast<uint8_t>(i >> 8), 7};
+    };
+    for (size_t i = 0; i < 900; ++i) keys.Add(key_of(i));
+    const SavedKeys::Mark mark = keys.mark();
+    for (size_t i = 900; i < 900 + more; ++i) keys.Add(key_of(i));
+    keys.Contains(key_of(899 + more));
+    keys.ForgetSince(mark);
+    EXPECT_EQ(keys.size(), 900U);
+    for (size_t i = 0; i < 900 + more; ++i) ASSERT_EQ(keys.Contains(key_of(i)), i < 900) << i;
+    EXPECT_EQ(keys.Add(key_of(900)), SavedKeys::Added::kIsNew);
+    EXPECT_TRUE(keys.Contains(key_of(900)));
+  }
+}
+
+TEST(SavedKeysTest, AMarkOutlivesGivingUp) {
+  SavedKeys keys(1 << 20);
+  keys.Add(Key{1});
+  const SavedKeys::Mark mark = keys.mark();
+  keys.GiveUp();
+  keys.ForgetSince(mark);
+  EXPECT_FALSE(keys.Contains(Key{1}));
+}
+
 TEST(SavedKeysTest, AfterGivingUpNothingIsHeldOrTaken) {
   SavedKeys keys(1 << 20);
   keys.Add(Key{1});
