@@ -11,6 +11,7 @@
 #include "common/sqlitecommon/sqlite_statement.h"
 #include "scansqlite/deleted/deleted_pass.h"
 #include "scansqlite/deleted/page_list.h"
+#include "scansqlite/existing/direct_copy.h"
 #include "scansqlite/init/db_header.h"
 #include "scansqlite/init/wal_page_map.h"
 #include "scansqlite/scan_context.h"
@@ -82,7 +83,10 @@ class ScanSqlite {
 
   int QueryAndSave(NeedQueryTables& tables);
   int GetNeedQueryTableInfo(SqliteStatement& query, const std::string& table_name,
-                            NeedQueryTables& tables);
+                            NeedQueryTables& tables, bool is_attached);
+  // Copies all rows of a table inside a transaction; false when a stop ended it.
+  bool CopyRows(SqliteStatement& query, const TableSchemaInfo& table, TableFields& fields,
+                RowSink& sink, bool is_direct);
 
   int32_t DeletedScanSqliteFile();
   int32_t DeleteScanSqliteWalFile();
@@ -113,4 +117,5 @@ class ScanSqlite {
   ResultFieldMaps result_field_maps_;
   WalPageMap wal_page_map_;
   SavedKeys saved_keys_;
+  LateIndexLimits late_index_limits_;
 };

@@ -16,6 +16,12 @@ constexpr const char* kStopName = "OptionScan";
 
 }  // namespace
 
+LateIndexLimits IndexAlwaysLate() { return IndexAfterRows(UINT64_MAX); }
+
+LateIndexLimits IndexNeverLate() { return {UINT64_MAX, 0, 0, 0}; }
+
+LateIndexLimits IndexAfterRows(uint64_t rows) { return {0, UINT64_MAX, rows, SIZE_MAX}; }
+
 std::vector<SieveLevel> SieveLevels() {
   std::vector<SieveLevel> levels;
   for (const SieveLevel level : {SieveLevel::kWords, SieveLevel::kSsse3, SieveLevel::kAvx2}) {
@@ -27,6 +33,7 @@ std::vector<SieveLevel> SieveLevels() {
 int OptionScan::Init() {
   const int code = probe_.Init();
   if (!options_.keep_keys) probe_.saved_keys().GiveUp();
+  probe_.late_index_limits() = options_.late_index;
   return code;
 }
 

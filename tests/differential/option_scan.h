@@ -9,9 +9,16 @@ namespace differential {
 // What makes the library's scan fast, each to be had or not.
 struct ScanOptions {
   SieveLevel level = BestSieveLevel();
-  bool share_sweeps = true;  // one sweep looks for all layouts
-  bool keep_keys = true;     // refused duplicates never reach SQLite
+  bool share_sweeps = true;         // one sweep looks for all layouts
+  bool keep_keys = true;            // refused duplicates never reach SQLite
+  LateIndexLimits late_index = {};  // which tables get their index behind their live rows
 };
+
+// Limits with which every table, or none, gets its unique index behind its live rows, or in the
+// middle of them.
+LateIndexLimits IndexAlwaysLate();
+LateIndexLimits IndexNeverLate();
+LateIndexLimits IndexAfterRows(uint64_t rows);
 
 // The levels of the sieve that this machine has.
 std::vector<SieveLevel> SieveLevels();

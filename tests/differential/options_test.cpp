@@ -9,15 +9,20 @@ std::vector<ScanOptions> AllOptions() {
   std::vector<ScanOptions> all;
   for (const SieveLevel level : SieveLevels()) {
     for (const bool share_sweeps : {false, true}) {
-      for (const bool keep_keys : {false, true}) all.push_back({level, share_sweeps, keep_keys});
+      for (const bool keep_keys : {false, true})
+        all.push_back({level, share_sweeps, keep_keys, {}});
     }
+  }
+  for (const LateIndexLimits& limits : {IndexAlwaysLate(), IndexAfterRows(7), IndexNeverLate()}) {
+    all.push_back({BestSieveLevel(), true, true, limits});
   }
   return all;
 }
 
 std::string Printed(const ScanOptions& options) {
   return "level " + std::to_string(static_cast<int>(options.level)) +
-         (options.share_sweeps ? ", shared" : ", alone") + (options.keep_keys ? ", keys" : "");
+         (options.share_sweeps ? ", shared" : ", alone") + (options.keep_keys ? ", keys" : "") +
+         ", index after " + std::to_string(options.late_index.rows);
 }
 
 // Every way to put the scan together gives the rows of the plain one.

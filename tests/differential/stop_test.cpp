@@ -18,14 +18,15 @@ namespace {
 class StopAfter {
  public:
   StopAfter(sqlite3* result, int rows) : result_(result), left_(rows) {
-    sqlite3_update_hook(result_, OnInsert, this);
+    sqlite3_update_hook(result_, OnChange, this);
   }
   ~StopAfter() { sqlite3_update_hook(result_, nullptr, nullptr); }
   StopAfter(const StopAfter&) = delete;
   StopAfter& operator=(const StopAfter&) = delete;
 
  private:
-  static void OnInsert(void* self, int, const char*, const char*, sqlite3_int64) {
+  static void OnChange(void* self, int change, const char*, const char*, sqlite3_int64) {
+    if (change != SQLITE_INSERT) return;
     if (--static_cast<StopAfter*>(self)->left_ == 0) WriteScanControl(kScanStopped);
   }
 
@@ -113,6 +114,41 @@ TEST_F(StopTest, TakesEffectAtTheNextPage) {
   }
   EXPECT_GT(rows_of_all, 100U);
   EXPECT_GT(counts.size(), 5U);
+}
+
+// The rows that went in until then stay in the transaction, which the deleted scan ends.
+TEST_F(StopTest, KeepsTheLiveRowsUntilThen) {
+  Dice dice(12);
+  application_ = {{MessagesTable("first"), MessagesTable("second", 21)}, 1, {}};
+  scans_.Configure(application_);
+  SourceShape shape;
+  shape.rows = 80;
+  scans_.SetSource(MakeSource(dice, application_, shape));
+  std::set<size_t> counts;
+  for (const int rows : {1, 2, 9, 30, 55, 70, 90, 1000}) {
+    Stopped plain;
+    {
+      PlainScan scan(scans_.context());
+      plain = Run(scan.probe(), rows, [&scan] {
+        scan.ScanExist();
+        scan.ScanDeleted();
+      });
+    }
+    counts.insert(plain.rows.size());
+    for (const LateIndexLimits& limits :
+         {IndexAlwaysLate(), IndexNeverLate(), IndexAfterRows(5), IndexAfterRows(25)}) {
+      ScanSqliteProbe probe(scans_.context());
+      const Stopped library = Run(probe, rows, [&] {
+        probe.late_index_limits() = limits;
+        probe.ScanExist();
+        probe.DeleteScanSqliteWalFile();
+        probe.DeletedScanSqliteFile();
+      });
+      EXPECT_EQ(library.rows, plain.rows) << rows << ", index after " << limits.rows;
+      EXPECT_EQ(library.log, plain.log) << rows << ", index after " << limits.rows;
+    }
+  }
+  EXPECT_GT(counts.size(), 6U);
 }
 
 }  // namespace

@@ -40,6 +40,7 @@ class ScanSqliteProbe {
     return scan_.FillPageList(file, table, page_list);
   }
   int ScanExist() { return scan_.ScanExist(); }
+  LateIndexLimits& late_index_limits() { return scan_.late_index_limits_; }
   SavedKeys& saved_keys() { return scan_.saved_keys_; }
   std::vector<TablePasses> MakeTablePasses() const { return scan_.MakeTablePasses(); }
   template <typename RunPass>
