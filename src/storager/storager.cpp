@@ -26,14 +26,18 @@ void Storager::Execute(const char* sql) {
   sqlite3_exec(connection_.handle(), sql, nullptr, nullptr, nullptr);
 }
 
+// All tables in one transaction: each of their own would wait for the disk.
 bool Storager::CreateResultTables(const NeedQueryTables& tables) {
+  if (tables.empty()) return true;
+  Execute("PRAGMA journal_mode=WAL;");
+  Execute("BEGIN");
   for (const auto& [name, fields] : tables) {
     const std::string table = "create table " + name + "(" + JoinColumnDefs(fields) + ")";
     const std::string index = "CREATE UNIQUE INDEX " + UniqueIndex::NameFor(name) + " on " + name +
                               "(" + JoinColumnNamesIf(fields, IsUniqueField) + ")";
-    Execute("PRAGMA journal_mode=WAL;");
     Execute(table.c_str());
     Execute(index.c_str());
   }
+  Execute("COMMIT");
   return true;
 }
