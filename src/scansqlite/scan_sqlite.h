@@ -11,12 +11,12 @@
 #include "common/sqlitecommon/sqlite_statement.h"
 #include "scansqlite/deleted/deleted_pass.h"
 #include "scansqlite/deleted/page_list.h"
-#include "scansqlite/existing/direct_copy.h"
 #include "scansqlite/init/db_header.h"
 #include "scansqlite/init/wal_page_map.h"
 #include "scansqlite/scan_context.h"
 #include "scansqlite/schema/table_schema.h"
 #include "sqliteconfig/sqlite_config.h"
+#include "storager/row_sink.h"
 #include "storager/saved_keys.h"
 #include "storager/storager.h"
 
@@ -83,10 +83,11 @@ class ScanSqlite {
 
   int QueryAndSave(NeedQueryTables& tables);
   int GetNeedQueryTableInfo(SqliteStatement& query, const std::string& table_name,
-                            NeedQueryTables& tables, bool is_attached);
-  // Copies all rows of a table inside a transaction; false when a stop ended it.
+                            NeedQueryTables& tables);
+  // Copies all rows of a table inside a transaction, which may be rolled back and begun again if it
+  // holds nothing else. False when a stop ended it.
   bool CopyRows(SqliteStatement& query, const TableSchemaInfo& table, TableFields& fields,
-                RowSink& sink, bool is_direct);
+                RowSink& sink, bool may_roll_back);
 
   int32_t DeletedScanSqliteFile();
   int32_t DeleteScanSqliteWalFile();

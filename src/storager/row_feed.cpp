@@ -4,7 +4,8 @@
 
 namespace {
 
-constexpr char kModuleName[] = "vexa_rows";
+// No result table is called so: their names are not quoted.
+constexpr char kModuleName[] = "vexa rows";
 
 std::string NumberedColumns(size_t count) {
   std::string text;
@@ -121,7 +122,7 @@ RowFeed::RowFeed(sqlite3* connection, const std::string& table, const std::strin
   static const sqlite3_module kModule = RowFeedModule::Make();
   if (sqlite3_create_module(connection, kModuleName, &kModule, this) != SQLITE_OK) return;
   insert_.Prepare(connection, "insert or ignore into " + table + "(" + columns + ") select " +
-                                  NumberedColumns(count) + " from " + kModuleName);
+                                  NumberedColumns(count) + " from \"" + kModuleName + "\"");
 }
 
 RowFeed::~RowFeed() {

@@ -1,6 +1,8 @@
 #include "storager/row_sink.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <utility>
 
 #include "storager/column_lists.h"
 
@@ -25,7 +27,7 @@ RowSink::RowSink(const TableFields& fields, SqliteStatement& insert, SavedKeys* 
 }
 
 void RowSink::UseFeed(sqlite3* connection, const std::string& table_name) {
-  if (!TakesManyRows()) return;
+  if (!has_plain_types_ || insert_.handle() == nullptr) return;
   feed_ =
       std::make_unique<RowFeed>(connection, table_name, JoinColumnNames(fields_), fields_.size());
   if (!feed_->IsReady()) feed_.reset();
@@ -37,22 +39,49 @@ class RowSink::NewRows : public RowSource {
  public:
   NewRows(RowSink& sink, RowSource& rows) : sink_(sink), rows_(rows) {}
 
+  // From now on the rows end for a while in front of the one that would pass a limit, or, where no
+  // index tells rows apart, that may repeat a key.
+  void PauseAt(size_t rows, size_t key_bytes, bool has_index) {
+    max_rows_ = rows;
+    max_key_bytes_ = key_bytes;
+    has_index_ = has_index;
+  }
+  void PauseNever() { PauseAt(SIZE_MAX, SIZE_MAX, true); }
+
   const BoundValue* Next() override {
-    ++asked_;
-    while (const BoundValue* row = rows_.Next()) {
-      if (sink_.Judge(row, false) != Novelty::kKnown) return row;
+    is_paused_ = count_ >= max_rows_ || key_bytes_ >= max_key_bytes_;
+    while (!is_paused_) {
+      const BoundValue* row = held_ == nullptr ? rows_.Next() : std::exchange(held_, nullptr);
+      at_end_ = row == nullptr;
+      if (at_end_) return nullptr;
+      const Novelty novelty = sink_.Judge(row, !has_index_);
+      if (novelty == Novelty::kKnown) continue;
+      are_all_new_ = are_all_new_ && novelty == Novelty::kNew;
+      if (has_index_ || novelty == Novelty::kNew) {
+        ++count_;
+        key_bytes_ += sink_.key_.bytes().size();
+        return row;
+      }
+      held_ = row;
+      is_paused_ = true;
     }
-    at_end_ = true;
     return nullptr;
   }
   bool at_end() const { return at_end_; }
-  // How often a row was asked for.
-  size_t asked() const { return asked_; }
+  bool is_paused() const { return is_paused_; }
+  bool are_all_new() const { return are_all_new_; }
 
  private:
   RowSink& sink_;
   RowSource& rows_;
-  size_t asked_ = 0;
+  size_t max_rows_ = SIZE_MAX;
+  size_t max_key_bytes_ = SIZE_MAX;
+  bool has_index_ = true;
+  size_t count_ = 0;
+  size_t key_bytes_ = 0;
+  bool are_all_new_ = true;
+  const BoundValue* held_ = nullptr;
+  bool is_paused_ = false;
   bool at_end_ = false;
 };
 
@@ -83,20 +112,47 @@ void RowSink::ForgetKeysSince(const SavedKeys::Mark& mark) {
   if (keys_ != nullptr) keys_->ForgetSince(mark);
 }
 
+// Feeds rows until they end or pause. A failure drops the row that met it and may undo the whole
+// transaction: nobody knows any more what the result holds. The others go in one by one then, since
+// one statement for them all would lose them all again.
+void RowSink::Feed(NewRows& rows) {
+  if (feed_->Insert(rows) == SQLITE_DONE) return;
+  feed_.reset();
+  ForgetKeys();
+}
+
+void RowSink::SaveRest(NewRows& rows) {
+  if (feed_ != nullptr && !rows.at_end()) Feed(rows);
+  while (const BoundValue* row = rows.at_end() ? nullptr : rows.Next()) InsertRow(row);
+}
+
 void RowSink::SaveAll(RowSource& rows) {
   if (feed_ == nullptr) {
     while (const BoundValue* row = rows.Next()) SaveRow(row);
     return;
   }
   NewRows new_rows(*this, rows);
-  while (!new_rows.at_end()) {
-    const size_t asked = new_rows.asked();
-    if (feed_->Insert(new_rows) == SQLITE_DONE) continue;
-    // The row that failed is dropped, or the next one if SQLite did not get as far as to ask for
-    // it, and the others go on. What the result holds is not known.
-    if (new_rows.asked() == asked) new_rows.Next();
-    ForgetKeys();
+  SaveRest(new_rows);
+}
+
+// The index goes only if the set of keys has told all rows apart so far, and comes back in front of
+// the first row of which it cannot tell.
+bool RowSink::SaveMany(RowSource& rows, UniqueIndex& index, const LateIndexLimits& limits) {
+  if (feed_ == nullptr || keys_ == nullptr) {
+    SaveAll(rows);
+    return true;
   }
+  NewRows new_rows(*this, rows);
+  new_rows.PauseAt(limits.few_rows, limits.key_bytes, true);
+  Feed(new_rows);
+  if (feed_ != nullptr && new_rows.is_paused() && new_rows.are_all_new() && index.Drop()) {
+    new_rows.PauseAt(limits.rows, limits.key_bytes, false);
+    Feed(new_rows);
+    if (!index.Restore()) return false;
+  }
+  new_rows.PauseNever();
+  SaveRest(new_rows);
+  return true;
 }
 
 bool RowSink::IsKnown(const BoundValue* values) {

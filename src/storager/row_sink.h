@@ -11,6 +11,15 @@
 #include "storager/row_key.h"
 #include "storager/row_value.h"
 #include "storager/saved_keys.h"
+#include "storager/unique_index.h"
+
+// How far the unique index is left out while rows go into their table. An index made at the end
+// sorts all keys in memory, which the limits keep below what SQLite would write to a file for.
+struct LateIndexLimits {
+  size_t few_rows = 1000;  // so many go in with the index: for less it is not worth the change
+  size_t rows = size_t{1} << 18;
+  size_t key_bytes = size_t{8} << 20;
+};
 
 // Where the rows of one table go: its insert statement, a feed for many rows at a time, and the
 // keys that already went through it. A row that the unique index refuses is dropped without a
@@ -30,25 +39,14 @@ class RowSink {
   // Saves rows until the source ends.
   void SaveAll(RowSource& rows);
 
-  // Puts one row in without a look at its key. False when it was refused.
-  bool InsertRow(const BoundValue* values);
-
-  enum class Novelty { kKnown, kNew, kPossiblyNew };
-
-  // Whether the row would be dropped, by its key; only the values of the unique fields are looked
-  // at. Whatever is not known yet counts as saved from now on, but for a row that may repeat a key
-  // unseen, if `must_be_sure`: it is left as it was.
-  Novelty Judge(const BoundValue* values, bool must_be_sure);
-
-  // Nobody knows any more what the result holds.
-  void ForgetKeys();
+  // Like SaveAll, for the first rows of a table, of which most are new. The unique index is left
+  // out meanwhile, if that changes nothing. False when it could not be made again: then the
+  // transaction has to be rolled back, and the rows come once more, to SaveAll.
+  bool SaveMany(RowSource& rows, UniqueIndex& index, const LateIndexLimits& limits);
 
   // The keys as they are now, and back to them after a transaction was rolled back.
   SavedKeys::Mark MarkKeys() const;
   void ForgetKeysSince(const SavedKeys::Mark& mark);
-
-  // Whether a row is refused by the unique index alone, so that many may go in with one statement.
-  bool TakesManyRows() const { return has_plain_types_ && insert_.handle() != nullptr; }
 
   // Whether rows can be known by their keys at all.
   bool KeepsKeys() const { return keys_ != nullptr; }
@@ -63,8 +61,15 @@ class RowSink {
 
  private:
   class NewRows;
+  enum class Novelty { kKnown, kNew, kPossiblyNew };
 
+  // Whether the row would be dropped, by its key. Whatever is not known yet counts as saved from
+  // now on, but for a row that may repeat a key unseen, if `must_be_sure`: it is left as it was.
+  Novelty Judge(const BoundValue* values, bool must_be_sure);
   void Feed(NewRows& rows);
+  void SaveRest(NewRows& rows);
+  bool InsertRow(const BoundValue* values);
+  void ForgetKeys();
   void Bind(int index, const BoundValue& value);
 
   const TableFields& fields_;

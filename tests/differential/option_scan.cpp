@@ -16,11 +16,11 @@ constexpr const char* kStopName = "OptionScan";
 
 }  // namespace
 
-LateIndexLimits IndexAlwaysLate() { return IndexAfterRows(UINT64_MAX); }
+LateIndexLimits IndexAlwaysLate() { return IndexLate(0, SIZE_MAX); }
 
-LateIndexLimits IndexNeverLate() { return {UINT64_MAX, 0, 0, 0}; }
+LateIndexLimits IndexNeverLate() { return IndexLate(SIZE_MAX, SIZE_MAX); }
 
-LateIndexLimits IndexAfterRows(uint64_t rows) { return {0, UINT64_MAX, rows, SIZE_MAX}; }
+LateIndexLimits IndexLate(size_t from, size_t to) { return {from, to, SIZE_MAX}; }
 
 std::vector<SieveLevel> SieveLevels() {
   std::vector<SieveLevel> levels;

@@ -11,14 +11,14 @@ struct ScanOptions {
   SieveLevel level = BestSieveLevel();
   bool share_sweeps = true;         // one sweep looks for all layouts
   bool keep_keys = true;            // refused duplicates never reach SQLite
-  LateIndexLimits late_index = {};  // which tables get their index behind their live rows
+  LateIndexLimits late_index = {};  // which live rows go in without the unique index
 };
 
-// Limits with which every table, or none, gets its unique index behind its live rows, or in the
-// middle of them.
+// Limits with which the unique index is left out for all live rows, for none, or for some in the
+// middle.
 LateIndexLimits IndexAlwaysLate();
 LateIndexLimits IndexNeverLate();
-LateIndexLimits IndexAfterRows(uint64_t rows);
+LateIndexLimits IndexLate(size_t from, size_t to);
 
 // The levels of the sieve that this machine has.
 std::vector<SieveLevel> SieveLevels();

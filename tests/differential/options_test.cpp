@@ -13,7 +13,7 @@ std::vector<ScanOptions> AllOptions() {
         all.push_back({level, share_sweeps, keep_keys, {}});
     }
   }
-  for (const LateIndexLimits& limits : {IndexAlwaysLate(), IndexAfterRows(7), IndexNeverLate()}) {
+  for (const LateIndexLimits& limits : {IndexAlwaysLate(), IndexLate(3, 10), IndexNeverLate()}) {
     all.push_back({BestSieveLevel(), true, true, limits});
   }
   return all;
@@ -22,7 +22,7 @@ std::vector<ScanOptions> AllOptions() {
 std::string Printed(const ScanOptions& options) {
   return "level " + std::to_string(static_cast<int>(options.level)) +
          (options.share_sweeps ? ", shared" : ", alone") + (options.keep_keys ? ", keys" : "") +
-         ", index after " + std::to_string(options.late_index.rows);
+         ", index late until " + std::to_string(options.late_index.rows);
 }
 
 // Every way to put the scan together gives the rows of the plain one.

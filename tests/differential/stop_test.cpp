@@ -136,7 +136,7 @@ TEST_F(StopTest, KeepsTheLiveRowsUntilThen) {
     }
     counts.insert(plain.rows.size());
     for (const LateIndexLimits& limits :
-         {IndexAlwaysLate(), IndexNeverLate(), IndexAfterRows(5), IndexAfterRows(25)}) {
+         {IndexAlwaysLate(), IndexNeverLate(), IndexLate(0, 5), IndexLate(7, 25)}) {
       ScanSqliteProbe probe(scans_.context());
       const Stopped library = Run(probe, rows, [&] {
         probe.late_index_limits() = limits;
@@ -144,8 +144,8 @@ TEST_F(StopTest, KeepsTheLiveRowsUntilThen) {
         probe.DeleteScanSqliteWalFile();
         probe.DeletedScanSqliteFile();
       });
-      EXPECT_EQ(library.rows, plain.rows) << rows << ", index after " << limits.rows;
-      EXPECT_EQ(library.log, plain.log) << rows << ", index after " << limits.rows;
+      EXPECT_EQ(library.rows, plain.rows) << rows << ", index late until " << limits.rows;
+      EXPECT_EQ(library.log, plain.log) << rows << ", index late until " << limits.rows;
     }
   }
   EXPECT_GT(counts.size(), 6U);

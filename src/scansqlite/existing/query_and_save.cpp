@@ -1,13 +1,11 @@
+#include <optional>
 #include <unordered_set>
 
-#include "common/common/file_loader.h"
 #include "common/common/log.h"
 #include "common/common/scan_control.h"
 #include "common/common/source_path.h"
-#include "scansqlite/existing/attached_source.h"
-#include "scansqlite/existing/copy_stop.h"
-#include "scansqlite/existing/direct_copy.h"
 #include "scansqlite/existing/read_column.h"
+#include "scansqlite/existing/row_function.h"
 #include "scansqlite/scan_sqlite.h"
 #include "storager/column_lists.h"
 #include "storager/row_sink.h"
@@ -31,8 +29,8 @@ RowValue ReadRow(const SqliteStatement& query, TableFields& fields) {
   return row;
 }
 
-// Whether the query's columns are the fields, one for one. Otherwise, by a name that SQLite spells
-// in another way or that stands twice, a row goes by names.
+// Whether the query's columns are the fields, one for one. Then a row goes over as a whole;
+// otherwise, by a name that SQLite spells in another way or that stands twice, it goes by names.
 bool ColumnsAreFields(const SqliteStatement& query, const TableFields& fields) {
   if (fields.empty() || query.ColumnCount() != static_cast<int>(fields.size())) return false;
   std::unordered_set<std::string> names;
@@ -46,27 +44,51 @@ bool ColumnsAreFields(const SqliteStatement& query, const TableFields& fields) {
 // The rows of a query on their way into the result, until the scan is to stop.
 class RowCopy : public RowSource {
  public:
-  RowCopy(SqliteStatement& query, TableFields& fields) : query_(query), fields_(fields) {}
-
-  void Skip(uint64_t rows) {
-    while (rows-- != 0) query_.Step();
+  // `query` has the columns as they stand; they are the arguments in `whole_row_sql`, a query for
+  // the same rows.
+  RowCopy(SqliteStatement& query, TableFields& fields, sqlite3* source,
+          const std::string& whole_row_sql)
+      : query_(query), fields_(fields) {
+    if (!ColumnsAreFields(query, fields)) return;
+    function_.emplace(source, fields);
+    if (whole_rows_.Prepare(source, whole_row_sql) != SQLITE_OK) function_.reset();
   }
 
   const BoundValue* Next() override {
+    const BoundValue* row = function_ ? NextWhole() : NextByNames();
+    if (row == nullptr) return nullptr;
+    if (ReadScanControl() == kScanStopped) {
+      LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::GetNeedQueryTableInfo");
+      was_stopped_ = true;
+      return nullptr;
+    }
+    return row;
+  }
+  bool was_stopped() const { return was_stopped_; }
+
+ private:
+  const BoundValue* NextWhole() {
+    if (whole_rows_.Step() != SQLITE_ROW) return nullptr;
+    if (function_->TakeCalls() == 1) return function_->values();
+    // The rows are sorted, which shows at the first one.
+    whole_rows_.Finalize();
+    function_.reset();
+    return NextByNames();
+  }
+
+  const BoundValue* NextByNames() {
     query_.Step();
     if (query_.result() != SQLITE_ROW) return nullptr;
-    was_stopped_ = CopyIsStopped();
-    if (was_stopped_) return nullptr;
     values_.clear();
     row_ = ReadRow(query_, fields_);
     BindRowValue(fields_, row_, values_);
     return values_.data();
   }
-  bool was_stopped() const { return was_stopped_; }
 
- private:
   SqliteStatement& query_;
   TableFields& fields_;
+  std::optional<RowFunction> function_;
+  SqliteStatement whole_rows_;  // ends before the function that it calls
   bool was_stopped_ = false;
   RowValue row_;
   std::vector<BoundValue> values_;
@@ -81,7 +103,6 @@ int ScanSqlite::QueryAndSave(NeedQueryTables& tables) {
           __LINE__);
     return kScanWorkingCopyNotOpen;
   }
-  const AttachedSource source(storager_->handle(), connection.path());
   for (auto& [name, fields] : tables) {
     if (ReadScanControl() == kScanStopped) {
       LogEx(kLogModule, kLogInfo, "%s Stop", "ScanSqlite::QueryAndSave");
@@ -91,7 +112,7 @@ int ScanSqlite::QueryAndSave(NeedQueryTables& tables) {
     if (table == nullptr) continue;
     SqliteStatement query;
     query.Prepare(connection.handle(), MakeSelectSql(*table, JoinColumnNames(fields)));
-    GetNeedQueryTableInfo(query, name, tables, source.is_attached());
+    GetNeedQueryTableInfo(query, name, tables);
   }
   return kScanSucceeded;
 }
@@ -99,47 +120,38 @@ int ScanSqlite::QueryAndSave(NeedQueryTables& tables) {
 // A stop leaves the table's transaction open. Closing the result database rolls it back, unless a
 // deleted scan follows, whose first COMMIT on the same connection keeps the rows.
 int ScanSqlite::GetNeedQueryTableInfo(SqliteStatement& query, const std::string& table_name,
-                                      NeedQueryTables& tables, bool is_attached) {
+                                      NeedQueryTables& tables) {
   TableFields* fields = tables.Find(table_name);
   const TableSchemaInfo* table = table_infos_.Find(table_name);
   if (fields == nullptr || table == nullptr) return kScanSucceeded;
   SqliteStatement insert;
   insert.Prepare(storager_->handle(), MakeInsertSql(table_name, *fields));
   RowSink sink(*fields, insert, KeysOf(table_name), TableNumber(table_name));
+  sink.UseFeed(storager_->handle(), table_name);
+  // A transaction that is open already holds other rows too, and must not be rolled back for these.
+  const bool begins = sqlite3_get_autocommit(storager_->handle()) != 0;
   storager_->Execute("BEGIN");
-  const bool is_direct = is_attached && sink.TakesManyRows() && ColumnsAreFields(query, *fields);
-  if (!CopyRows(query, *table, *fields, sink, is_direct)) return kScanSucceeded;
+  if (!CopyRows(query, *table, *fields, sink, begins)) return kScanSucceeded;
   storager_->Execute("COMMIT");
   return kScanSucceeded;
 }
 
 bool ScanSqlite::CopyRows(SqliteStatement& query, const TableSchemaInfo& table, TableFields& fields,
-                          RowSink& sink, bool is_direct) {
-  uint64_t copied = 0;
-  if (is_direct) {
-    uint64_t source_bytes = 0;
-    MeasureFile(working_db_path_, source_bytes);
+                          RowSink& sink, bool may_roll_back) {
+  sqlite3* source = sqlite3_db_handle(query.handle());
+  const std::string whole_rows = MakeSelectSql(table, RowFunction::Call(JoinColumnNames(fields)));
+  if (may_roll_back) {
     const SavedKeys::Mark keys = sink.MarkKeys();
-    DirectCopy copy(storager_->handle(), table, fields, sink);
-    switch (copy.Run(late_index_limits_, source_bytes)) {
-      case DirectCopy::Ending::kDone:
-        return true;
-      case DirectCopy::Ending::kStopped:
-        return false;
-      case DirectCopy::Ending::kPaused:
-        copied = copy.rows();
-        break;
-      case DirectCopy::Ending::kFailed:
-        sink.ForgetKeysSince(keys);
-        storager_->Execute("ROLLBACK");
-        storager_->Execute("BEGIN");
-        if (copy.was_stopped()) return false;
-        break;
-    }
+    RowCopy copy(query, fields, source, whole_rows);
+    UniqueIndex index(storager_->handle(), table.table_name);
+    if (sink.SaveMany(copy, index, late_index_limits_)) return !copy.was_stopped();
+    sink.ForgetKeysSince(keys);
+    storager_->Execute("ROLLBACK");
+    storager_->Execute("BEGIN");
+    if (copy.was_stopped()) return false;
   }
-  sink.UseFeed(storager_->handle(), table.table_name);
-  RowCopy copy(query, fields);
-  copy.Skip(copied);
+  query.Reset();
+  RowCopy copy(query, fields, source, whole_rows);
   sink.SaveAll(copy);
   return !copy.was_stopped();
 }

@@ -281,6 +281,27 @@ TEST(RowSinkTest, AFullDatabaseHoldsTheSameRows) {
   EXPECT_LT(results.SavedRows().size(), 90U);
 }
 
+// What does not fit undoes the transaction, and the rows behind it go in one by one.
+TEST(RowSinkTest, AFullDatabaseHoldsTheSameOfManyRows) {
+  for (const int pages : {4, 5, 7, 9}) {
+    TwoResults results(kNumbers, 1 << 20);
+    results.UseFeed();
+    results.Execute(("PRAGMA max_page_count=" + std::to_string(pages)).c_str());
+    for (int round = 0; round < 3; ++round) {
+      std::vector<RowValue> rows;
+      for (int64_t n = 0; n < 400; ++n) {
+        rows.push_back(NumberRow(n % 300, std::string(n % 7 == 0 ? 3000 : 100, 'b')));
+      }
+      results.Execute("BEGIN");
+      results.SaveMany(rows);
+      results.Execute("COMMIT");
+      EXPECT_EQ(results.SinkRows(), results.SavedRows()) << pages << ", " << round;
+    }
+    EXPECT_GT(results.SavedRows().size(), 3U);
+    EXPECT_LT(results.SavedRows().size(), 300U);
+  }
+}
+
 TEST(RowSinkTest, KeysOfOtherTablesAreOthers) {
   TempFolder folder;
   const auto storager = Storager::Create(folder.File("result.db"));
