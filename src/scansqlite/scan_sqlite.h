@@ -74,6 +74,7 @@ class ScanSqlite {
   int LoadTables();
   void FileTables(const std::vector<TableSchemaInfo>& table_records,
                   ColumnsByTable& columns_by_table);
+  void FitToSource();
   int PrepareResult(const ColumnsByTable& columns_by_table);
   bool CopyDbToTemp();
   bool GetWALFilePageMap(std::string path);

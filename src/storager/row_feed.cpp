@@ -40,8 +40,13 @@ struct FeedTable {
   RowFeed* feed;
 };
 
+struct FeedCursor {
+  sqlite3_vtab_cursor base;
+  RowFeed* feed;
+};
+
 RowFeed& FeedOf(sqlite3_vtab_cursor* cursor) {
-  return *reinterpret_cast<FeedTable*>(cursor->pVtab)->feed;
+  return *reinterpret_cast<FeedCursor*>(cursor)->feed;
 }
 
 }  // namespace
@@ -68,13 +73,16 @@ struct RowFeedModule {
 
   static int BestIndex(sqlite3_vtab*, sqlite3_index_info*) { return SQLITE_OK; }
 
-  static int Open(sqlite3_vtab*, sqlite3_vtab_cursor** out) {
-    *out = std::make_unique<sqlite3_vtab_cursor>().release();
+  static int Open(sqlite3_vtab* table, sqlite3_vtab_cursor** out) {
+    auto cursor = std::make_unique<FeedCursor>();
+    cursor->base = {};
+    cursor->feed = reinterpret_cast<FeedTable*>(table)->feed;
+    *out = &cursor.release()->base;
     return SQLITE_OK;
   }
 
   static int Close(sqlite3_vtab_cursor* cursor) {
-    const std::unique_ptr<sqlite3_vtab_cursor> owned(cursor);
+    const std::unique_ptr<FeedCursor> owned(reinterpret_cast<FeedCursor*>(cursor));
     return SQLITE_OK;
   }
 

@@ -1,5 +1,7 @@
 #include "storager/saved_keys.h"
 
+#include <algorithm>
+#include <bit>
 #include <cstring>
 #include <utility>
 
@@ -103,6 +105,14 @@ SavedKeys::Added SavedKeys::Add(Key key) {
   Put(slot, hash, static_cast<uint32_t>(arena_.size()));
   ++count_;
   return Added::kIsNew;
+}
+
+void SavedKeys::Expect(size_t keys) {
+  constexpr size_t kUsualKey = 16;
+  const size_t expected = std::min(keys, max_bytes_ / 4 / (kUsualKey + 2 * kSlotBytes));
+  if (count_ != 0 || expected < kFirstSlots) return;
+  arena_.reserve(expected * kUsualKey);
+  FillTable(std::bit_ceil(expected));
 }
 
 // Room is made before anything is added, so that a set that is full stays as it is. Growing holds

@@ -14,6 +14,9 @@ class SavedKeys {
 
   using Key = std::span<const uint8_t>;
 
+  // Makes room for so many usual keys at once, within a quarter of the bound.
+  void Expect(size_t keys);
+
   enum class Added { kIsNew, kWasThere, kNoRoom };
 
   bool Contains(Key key);

@@ -1,5 +1,7 @@
 #include "storager/storager.h"
 
+#include <algorithm>
+
 #include "common/common/log.h"
 #include "common/common/source_path.h"
 #include "storager/column_lists.h"
@@ -17,9 +19,16 @@ std::unique_ptr<Storager> Storager::Create(const std::string& path) {
   // A page goes through the log and from there into the file, with the same calls for few bytes as
   // for many.
   storager->Execute("PRAGMA page_size=16384");
-  // Rows arrive in the order of the source, and their keys fall all over the unique index.
-  storager->Execute("PRAGMA cache_size=-32768");
   return storager;
+}
+
+// Rows arrive in the order of the source, and their keys fall all over the unique index, which
+// stays in the cache. More than that would only be memory to be filled.
+void Storager::FitCache(uint64_t source_bytes) {
+  constexpr uint64_t kLeastKilobytes = 8192;
+  constexpr uint64_t kMostKilobytes = 32768;
+  const uint64_t kilobytes = std::clamp(source_bytes / 4096, kLeastKilobytes, kMostKilobytes);
+  Execute(("PRAGMA cache_size=-" + std::to_string(kilobytes)).c_str());
 }
 
 void Storager::Execute(const char* sql) {

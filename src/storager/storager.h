@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -12,6 +13,9 @@ class Storager {
  public:
   // Opens or creates the result database at `path` (UTF-8); null, with a log line, on failure.
   static std::unique_ptr<Storager> Create(const std::string& path);
+
+  // Fits the page cache to a source of so many bytes.
+  void FitCache(uint64_t source_bytes);
 
   // Creates the result tables and their unique indexes. Always true: a statement that fails shows
   // later, as rows that do not arrive.

@@ -14,13 +14,20 @@ bool HasBytes(const BoundValue& value) {
 }  // namespace
 
 RowFunction::RowFunction(sqlite3* connection, TableFields& fields)
-    : connection_(connection), fields_(fields), values_(fields.size()), bytes_(1) {
+    : connection_(connection),
+      fields_(fields),
+      values_(fields.size()),
+      kinds_(fields.size(), kFieldNone),
+      bytes_(1) {
   // Schemas of the evidence must not call it.
   sqlite3_create_function(connection, kName, -1, SQLITE_UTF8 | SQLITE_DIRECTONLY, this, Run,
                           nullptr, nullptr);
 }
 
 RowFunction::~RowFunction() {
+  for (size_t i = 0; i < kinds_.size(); ++i) {
+    if (kinds_[i] != kFieldNone) fields_[i].field_type = kinds_[i];
+  }
   sqlite3_create_function(connection_, kName, -1, SQLITE_UTF8, nullptr, nullptr, nullptr, nullptr);
 }
 
@@ -44,7 +51,7 @@ void RowFunction::Take(int count, sqlite3_value** arguments) {
   const size_t taken = std::min(static_cast<size_t>(count), values_.size());
   for (size_t i = 0; i < taken; ++i) {
     values_[i] = TakeValue(arguments[i]);
-    if (values_[i].kind != kFieldNone) fields_[i].field_type = values_[i].kind;
+    if (values_[i].kind != kFieldNone) kinds_[i] = values_[i].kind;
   }
 }
 

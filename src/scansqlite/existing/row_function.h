@@ -14,8 +14,8 @@
 // https://www.sqlite.org/appfunc.html
 class RowFunction {
  public:
-  // Makes the function known to `connection`, which it must not outlive. The kinds of the values go
-  // into `fields`, one for each argument; a NULL changes none.
+  // Makes the function known to `connection`, which it must not outlive. In the end the kind of
+  // each argument's last value goes into `fields`, one for each argument; a NULL changes none.
   RowFunction(sqlite3* connection, TableFields& fields);
   ~RowFunction();
   RowFunction(const RowFunction&) = delete;
@@ -41,6 +41,7 @@ class RowFunction {
   sqlite3* connection_;
   TableFields& fields_;
   std::vector<BoundValue> values_;
+  std::vector<int32_t> kinds_;  // of each column's last value that is not NULL
   std::vector<uint8_t> bytes_;  // of the texts and blobs: the arguments live for the call only
   size_t bytes_size_ = 0;
   uint64_t calls_ = 0;

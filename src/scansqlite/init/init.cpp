@@ -33,7 +33,20 @@ int ScanSqlite::Init() {
   if (code == kScanSucceeded) code = ReadSourceHeader();
   if (code == kScanSucceeded) code = PrepareWorkingCopies();
   if (code == kScanSucceeded) code = LoadTables();
+  if (code == kScanSucceeded) FitToSource();
   return code;
+}
+
+// The sizes only decide what is held in memory.
+void ScanSqlite::FitToSource() {
+  constexpr uint64_t kUsualRowBytes = 256;
+  uint64_t bytes = 0;
+  uint64_t log_bytes = 0;
+  MeasureFile(working_db_path_, bytes);
+  if (!working_wal_path_.empty()) MeasureFile(working_wal_path_, log_bytes);
+  bytes += log_bytes;
+  storager_->FitCache(bytes);
+  saved_keys_.Expect(static_cast<size_t>(bytes / kUsualRowBytes));
 }
 
 int ScanSqlite::OpenStores() {

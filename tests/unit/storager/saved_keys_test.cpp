@@ -132,6 +132,25 @@ TEST(SavedKeysTest, AMarkOutlivesGivingUp) {
   EXPECT_FALSE(keys.Contains(Key{1}));
 }
 
+TEST(SavedKeysTest, RoomForManyStaysWithinTheBound) {
+  for (const size_t bound : {size_t{0}, size_t{100000}, size_t{1} << 22}) {
+    for (const size_t expected : {size_t{0}, size_t{5000}, size_t{100000}, SIZE_MAX}) {
+      SavedKeys keys(bound);
+      const size_t empty = keys.bytes_used();
+      keys.Expect(expected);
+      EXPECT_LE(keys.bytes_used(), std::max(bound / 2, empty));
+      for (uint32_t i = 0; i < 6000; ++i) {
+        keys.Add(Key{static_cast<uint8_t>(i), static_cast<uint8_t>(i >> 8), 1});
+      }
+      EXPECT_LE(keys.bytes_used(), std::max(bound, empty));
+      if (bound < size_t{1} << 22) continue;
+      EXPECT_EQ(keys.size(), 6000U);
+      EXPECT_TRUE(keys.Contains(Key{1, 1, 1}));
+      EXPECT_FALSE(keys.Contains(Key{1, 1, 2}));
+    }
+  }
+}
+
 TEST(SavedKeysTest, AfterGivingUpNothingIsHeldOrTaken) {
   SavedKeys keys(1 << 20);
   keys.Add(Key{1});

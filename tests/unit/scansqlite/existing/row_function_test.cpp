@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 
 #include "common/sqlitecommon/sqlite_connection.h"
@@ -34,12 +35,12 @@ TEST_F(RowFunctionTest, EveryKindOfValueIsTaken) {
   Run("CREATE TABLE t(a, b, c, d, e, f, g);"
       "INSERT INTO t VALUES(-5, 2.5, 'text', x'0001', NULL, 'cut' || char(0) || 'off', x'')");
   TableFields fields = Fields(7);
-  RowFunction function(source_.handle(), fields);
+  auto function = std::make_unique<RowFunction>(source_.handle(), fields);
   SqliteStatement query;
   query.Prepare(source_.handle(), "select " + RowFunction::Call("a,b,c,d,e,f,g") + " from t");
   ASSERT_EQ(query.Step(), SQLITE_ROW);
-  EXPECT_EQ(function.TakeCalls(), 1U);
-  const BoundValue* row = function.values();
+  EXPECT_EQ(function->TakeCalls(), 1U);
+  const BoundValue* row = function->values();
   EXPECT_EQ(row[0].integer, -5);
   EXPECT_EQ(row[1].real, 2.5);
   EXPECT_EQ(BytesOf(row[2]), "text");
@@ -50,9 +51,27 @@ TEST_F(RowFunctionTest, EveryKindOfValueIsTaken) {
   EXPECT_EQ(row[6].size, 0U);
   const int32_t kinds[] = {kFieldInteger, kFieldReal, kFieldText, kFieldBlob, 0,
                            kFieldText,    kFieldBlob};
-  for (size_t i = 0; i < 7; ++i) EXPECT_EQ(fields[i].field_type, kinds[i]) << i;
   EXPECT_EQ(query.Step(), SQLITE_DONE);
-  EXPECT_EQ(function.TakeCalls(), 0U);
+  EXPECT_EQ(function->TakeCalls(), 0U);
+  query.Finalize();
+  function.reset();
+  for (size_t i = 0; i < 7; ++i) EXPECT_EQ(fields[i].field_type, kinds[i]) << i;
+}
+
+TEST_F(RowFunctionTest, TheLastKindOfAColumnStays) {
+  Run("CREATE TABLE t(a, b, c);"
+      "INSERT INTO t VALUES('text', 1, NULL), (2, NULL, NULL), (NULL, 2.5, NULL)");
+  TableFields fields = Fields(3);
+  {
+    const RowFunction function(source_.handle(), fields);
+    SqliteStatement query;
+    query.Prepare(source_.handle(), "select " + RowFunction::Call("a,b,c") + " from t");
+    while (query.Step() == SQLITE_ROW) {
+    }
+  }
+  EXPECT_EQ(fields[0].field_type, kFieldInteger);
+  EXPECT_EQ(fields[1].field_type, kFieldReal);
+  EXPECT_EQ(fields[2].field_type, Fields(3)[2].field_type);
 }
 
 // The values of a row replace those of the one before, however long they were.
