@@ -148,7 +148,8 @@ bool RowSink::SaveMany(RowSource& rows, UniqueIndex& index, const LateIndexLimit
   if (feed_ != nullptr && new_rows.is_paused() && new_rows.are_all_new() && index.Drop()) {
     new_rows.PauseAt(limits.rows, limits.key_bytes, false);
     Feed(new_rows);
-    if (!index.Restore()) return false;
+    // Without the index more rows fit, and more are undone when the disk is full.
+    if (feed_ == nullptr || !index.Restore()) return false;
   }
   new_rows.PauseNever();
   SaveRest(new_rows);

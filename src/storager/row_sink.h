@@ -40,8 +40,9 @@ class RowSink {
   void SaveAll(RowSource& rows);
 
   // Like SaveAll, for the first rows of a table, of which most are new. The unique index is left
-  // out meanwhile, if that changes nothing. False when it could not be made again: then the
-  // transaction has to be rolled back, and the rows come once more, to SaveAll.
+  // out meanwhile, if that changes nothing. False when a row failed without it or it could not be
+  // made again: then the transaction has to be rolled back, and the rows come once more, to
+  // SaveAll.
   bool SaveMany(RowSource& rows, UniqueIndex& index, const LateIndexLimits& limits);
 
   // The keys as they are now, and back to them after a transaction was rolled back.

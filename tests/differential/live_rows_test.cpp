@@ -188,21 +188,25 @@ TEST_F(LiveRows, OfEveryKindOfTable) {
 
 // The keys seem to differ, and the index cannot be made behind the rows: they are all copied again.
 TEST_F(LiveRows, OfATableWhoseIndexFindsMoreKeysEqual) {
-  Make({"",
-        "CREATE TABLE t(k TEXT, note TEXT);" +
-            ManyRows("CASE i % 2 WHEN 0 THEN 'key ' ELSE 'KEY ' END || (i / 2)", "'note ' || i"),
-        WithKeyType("TEXT")});
-  PlainScan plain(scans_.context());
-  const TextRows expected = RowsWithoutCase(plain.probe(), [&plain] { plain.ScanExist(); });
-  EXPECT_EQ(expected.size(), 201U);
-  for (const LateIndexLimits& limits :
-       {IndexNeverLate(), IndexAlwaysLate(), IndexLate(0, 1), IndexLate(0, 150)}) {
-    ScanSqliteProbe probe(scans_.context());
-    const TextRows rows = RowsWithoutCase(probe, [&] {
-      probe.late_index_limits() = limits;
-      probe.ScanExist();
-    });
-    EXPECT_EQ(rows, expected) << limits.rows;
+  const std::string key = "CASE i % 2 WHEN 0 THEN 'key ' ELSE 'KEY ' END || (i / 2)";
+  // The second one's rows are sorted, and read by names.
+  for (const std::string& sql :
+       {"CREATE TABLE t(k TEXT, note TEXT);" + ManyRows(key, "'note ' || i"),
+        "CREATE TABLE t(rowid BLOB, k TEXT, note TEXT);" +
+            ManyRows("-i, " + key, "'note ' || i")}) {
+    Make({"", sql, WithKeyType("TEXT")});
+    PlainScan plain(scans_.context());
+    const TextRows expected = RowsWithoutCase(plain.probe(), [&plain] { plain.ScanExist(); });
+    EXPECT_EQ(expected.size(), 201U);
+    for (const LateIndexLimits& limits :
+         {IndexNeverLate(), IndexAlwaysLate(), IndexLate(0, 1), IndexLate(0, 150)}) {
+      ScanSqliteProbe probe(scans_.context());
+      const TextRows rows = RowsWithoutCase(probe, [&] {
+        probe.late_index_limits() = limits;
+        probe.ScanExist();
+      });
+      EXPECT_EQ(rows, expected) << limits.rows << sql;
+    }
   }
 }
 

@@ -73,6 +73,20 @@ class TwoResults {
     sink_->SaveRow(values_.data());
   }
 
+  // The same for the first rows of the table, which go in without the index after a few.
+  void SaveFirst(const std::vector<RowValue>& rows) {
+    for (const RowValue& row : rows) SaveRow(fields_, row, row_insert_);
+    ListedRows listed(fields_, rows);
+    UniqueIndex index(by_sink_->handle(), "t");
+    if (!sink_->SaveMany(listed, index, {10, SIZE_MAX, SIZE_MAX})) {
+      by_sink_->Execute("ROLLBACK");
+      by_sink_->Execute("BEGIN");
+      ListedRows again(fields_, rows);
+      sink_->SaveAll(again);
+    }
+    EXPECT_TRUE(index.Exists());
+  }
+
   void Execute(const std::string& sql) {
     by_rows_->Execute(sql.c_str());
     by_sink_->Execute(sql.c_str());
@@ -299,6 +313,24 @@ TEST(RowSinkTest, AFullDatabaseHoldsTheSameOfManyRows) {
     }
     EXPECT_GT(results.SavedRows().size(), 3U);
     EXPECT_LT(results.SavedRows().size(), 300U);
+  }
+}
+
+TEST(RowSinkTest, AFullDatabaseHoldsTheSameOfItsFirstRows) {
+  for (const int pages : {4, 5, 7, 9}) {
+    TwoResults results(kNumbers, 1 << 20);
+    results.UseFeed();
+    results.Execute(("PRAGMA max_page_count=" + std::to_string(pages)).c_str());
+    std::vector<RowValue> rows;
+    for (int64_t n = 0; n < 600; ++n) {
+      rows.push_back(NumberRow(n % 500, std::string(n % 7 == 0 ? 3000 : 100, 'b')));
+    }
+    results.Execute("BEGIN");
+    results.SaveFirst(rows);
+    results.Execute("COMMIT");
+    EXPECT_EQ(results.SinkRows(), results.SavedRows()) << pages;
+    EXPECT_GT(results.SavedRows().size(), 3U);
+    EXPECT_LT(results.SavedRows().size(), 500U);
   }
 }
 
