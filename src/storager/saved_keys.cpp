@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <utility>
 
 namespace {
 
@@ -30,7 +29,7 @@ uint64_t HashOf(const uint8_t* bytes, size_t size) {
 
 uint64_t HashOf(SavedKeys::Key key) { return HashOf(key.data(), key.size()); }
 
-// Never 0. The place of a key follows from the low bits of its hash.
+// Never 0: the lowest bit is always set. The place of a key follows from the low bits of its hash.
 uint8_t TagOf(uint64_t hash) { return static_cast<uint8_t>(hash >> 56 | 1U); }
 
 // The length behind a key in the arena: seven bits to a byte, read from the last byte on, which

@@ -47,7 +47,7 @@ class SavedKeys {
 
   size_t max_bytes_;
   size_t count_ = 0;
-  // The table, in two: eight bits of each key's hash, 0 where there is none, which the processor's
+  // The table, in two: seven bits of each key's hash, 0 where there is none, which the processor's
   // cache holds, and where the key ends in the arena, which is only looked at when these agree.
   std::vector<uint8_t> tags_;
   std::vector<uint32_t> ends_;
