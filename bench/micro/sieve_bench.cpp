@@ -65,7 +65,7 @@ void SieveChineseText(benchmark::State& state) {
 
 void Levels(benchmark::internal::Benchmark* benchmark) {
   benchmark->ArgName("level");
-  for (const SieveLevel level : {SieveLevel::kWords, SieveLevel::kSsse3, SieveLevel::kAvx2}) {
+  for (const SieveLevel level : SieveLevels()) {
     benchmark->Arg(static_cast<int>(level));
   }
 }

@@ -23,6 +23,13 @@ const std::vector<std::string>& Levels() {
   return levels;
 }
 
+double Median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const size_t middle = values.size() / 2;
+  if (values.size() % 2 != 0) return values[middle];
+  return (values[middle - 1] + values[middle]) / 2;
+}
+
 // Of the runs of one measurement: the median time, the highest memory, and what else the first one
 // tells.
 Json::Value Summary(const std::vector<Json::Value>& runs) {
@@ -34,12 +41,10 @@ Json::Value Summary(const std::vector<Json::Value>& runs) {
     prepare.push_back(run.get("prepare_seconds", 0).asDouble());
     summary["rss_kb"] = std::max(summary["rss_kb"].asInt64(), run["rss_kb"].asInt64());
   }
-  std::sort(seconds.begin(), seconds.end());
-  std::sort(prepare.begin(), prepare.end());
-  summary["seconds"] = seconds[seconds.size() / 2];
-  if (summary.isMember("prepare_seconds")) summary["prepare_seconds"] = prepare[prepare.size() / 2];
+  summary["seconds"] = Median(seconds);
+  if (summary.isMember("prepare_seconds")) summary["prepare_seconds"] = Median(prepare);
   summary["mb_per_second"] =
-      summary["bytes"].asDouble() / 1e6 / std::max(seconds[seconds.size() / 2], 1e-9);
+      summary["bytes"].asDouble() / 1e6 / std::max(summary["seconds"].asDouble(), 1e-9);
   return summary;
 }
 

@@ -22,14 +22,6 @@ LateIndexLimits IndexNeverLate() { return IndexLate(SIZE_MAX, SIZE_MAX); }
 
 LateIndexLimits IndexLate(size_t from, size_t to) { return {from, to, SIZE_MAX}; }
 
-std::vector<SieveLevel> SieveLevels() {
-  std::vector<SieveLevel> levels;
-  for (const SieveLevel level : {SieveLevel::kWords, SieveLevel::kSsse3, SieveLevel::kAvx2}) {
-    if (level <= BestSieveLevel()) levels.push_back(level);
-  }
-  return levels;
-}
-
 int OptionScan::Init() {
   const int code = probe_.Init();
   if (!options_.keep_keys) probe_.saved_keys().GiveUp();

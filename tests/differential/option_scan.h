@@ -21,7 +21,6 @@ LateIndexLimits IndexNeverLate();
 LateIndexLimits IndexLate(size_t from, size_t to);
 
 // The levels of the sieve that this machine has.
-std::vector<SieveLevel> SieveLevels();
 
 // The library's scan with other options than it takes itself. Rows are the same whatever they are;
 // the log is not written as a scan writes it.

@@ -88,6 +88,11 @@ void NoteColumns(SieveAnchor& anchor, const HeaderSieve& sieve, uint64_t own) {
     for (unsigned i = front; i < kMaxJoinedColumns - 1; ++i) anchor.front[i].of[byte] |= own;
     for (unsigned i = behind; i < kMaxJoinedColumns - 1; ++i) anchor.behind[i].of[byte] |= own;
   }
+  std::array<uint64_t, 2> next_bytes{};
+  for (uint32_t byte = 0; byte < 128; ++byte) {
+    if (anchor.behind[0].of[byte] != 0) next_bytes[byte >> 6] |= uint64_t{1} << (byte & 63U);
+  }
+  anchor.next_bytes = MakeNibbleSet(next_bytes);
   anchor.front_columns = std::max(anchor.front_columns, front);
   anchor.behind_columns = std::max(anchor.behind_columns, behind);
 }
@@ -174,6 +179,13 @@ SieveLevel BestSieveLevel() {
   if (__builtin_cpu_supports("ssse3")) return SieveLevel::kSsse3;
 #endif
   return SieveLevel::kWords;
+}
+
+std::vector<SieveLevel> SieveLevels() {
+  std::vector<SieveLevel> levels = {SieveLevel::kWords, SieveLevel::kSsse3, SieveLevel::kAvx2};
+  const SieveLevel best = BestSieveLevel();
+  std::erase_if(levels, [best](SieveLevel level) { return level > best; });
+  return levels;
 }
 
 namespace {

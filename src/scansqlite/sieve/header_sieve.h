@@ -97,6 +97,12 @@ struct ByteSieves {
   uint64_t of[256] = {};
 };
 
+// A set of one-byte serial types as two nibble tables: byte b is in the set when bit (b >> 4) of
+// rows[b & 15] is set. Bytes from 128 on are in no set.
+struct NibbleSet {
+  uint8_t rows[16] = {};
+};
+
 // An anchor, and what the bytes around it say of the sieves that have it. All of them are asked
 // with one look for each byte. The first of an array is about the byte next to the anchor.
 struct SieveAnchor {
@@ -109,14 +115,10 @@ struct SieveAnchor {
   ByteSieves behind[kMaxJoinedColumns - 1];
   // Sieves whose column in front may have a longer serial type with this byte before its last one.
   ByteSieves long_front[kMaxJoinedColumns - 1];
+  // Bytes below 128 that some sieve has behind the anchor. Others end the search at once.
+  NibbleSet next_bytes;
   // All bits when every block has to be looked at, since the anchor has long forms.
   uint64_t any_block = 0;
-};
-
-// A set of one-byte serial types as two nibble tables: byte b is in the set when bit (b >> 4) of
-// rows[b & 15] is set. Bytes from 128 on are in no set.
-struct NibbleSet {
-  uint8_t rows[16] = {};
 };
 
 // Everything that one sweep over the bytes looks for.
@@ -184,8 +186,9 @@ class SieveResult {
 // The instruction sets that a sweep can use.
 enum class SieveLevel { kWords, kSsse3, kAvx2 };
 
-// The best level of this machine.
+// The best level of this machine, and all that it has.
 SieveLevel BestSieveLevel();
+std::vector<SieveLevel> SieveLevels();
 
 // Sets in `result` the positions of [0, count) that survive. `bytes` must be readable up to `count`
 // plus kSieveOverhang; what lies there is only looked ahead to.

@@ -11,6 +11,8 @@
 namespace {
 
 struct Avx2Level {
+  static constexpr bool kLooksBehindAnchors = true;
+
   struct Block {
     __m256i bytes[2];
     __m256i row_bits[2];  // of each byte the bit that stands for its upper half, 0 from 128 on

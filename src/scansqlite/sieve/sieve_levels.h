@@ -8,7 +8,7 @@ struct SieveJob {
   const NibbleSet* sets;
   const HeaderSieve* sieves;
   size_t sieve_count;
-  const uint8_t* bytes;  // readable for one block more than `blocks`
+  const uint8_t* bytes;  // readable for a block and a byte more than `blocks`
   size_t blocks;
   uint64_t* words;  // of the first sieve, then of the second, `blocks` each
   uint64_t* marks;  // a bit for each word that may not be 0, `marks_of_sieve` for each sieve
@@ -20,7 +20,7 @@ struct SieveJob {
   uint64_t* hot_blocks;    // the same
 };
 
-// The same sweep for each instruction set; every level gives the same words. The two vector forms
+// The same sweep for each instruction set; every level gives the same words. The vector forms
 // may only be called on machines that have the instructions.
 void SieveWords(const SieveJob& job);
 void SieveSsse3(const SieveJob& job);

@@ -11,6 +11,8 @@
 namespace {
 
 struct Ssse3Level {
+  static constexpr bool kLooksBehindAnchors = true;
+
   struct Block {
     __m128i bytes[4];
     __m128i row_bits[4];  // of each byte the bit that stands for its upper half, 0 from 128 on

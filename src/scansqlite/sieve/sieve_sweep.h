@@ -4,11 +4,11 @@
 //
 //   struct Level {
 //     struct Block;                                        // 64 bytes in registers
-//     static Block Load(const uint8_t* bytes);
-//     static uint64_t Members(const Block&, const NibbleSet&);  // bytes of the set
-//     static uint64_t HighBits(const Block&);              // bytes from 0x80 on
-//     static uint64_t OddBytes(const Block&);
-//     static uint64_t EqualTo(const uint8_t* bytes, uint8_t byte);
+//     static constexpr bool kLooksBehindAnchors;           // whether two sets cost little more
+//     than one static Block Load(const uint8_t* bytes); static uint64_t Members(const Block&, const
+//     NibbleSet&);  // bytes of the set static uint64_t HighBits(const Block&);              //
+//     bytes from 0x80 on static uint64_t OddBytes(const Block&); static uint64_t EqualTo(const
+//     uint8_t* bytes, uint8_t byte);
 //   };
 //
 // Only the files of the levels include this, each with its own compiler flags. Everything here is
@@ -31,7 +31,7 @@ inline unsigned TrailingOnes(uint64_t word) {
 template <typename Level>
 class BlockWords {
  public:
-  // Behind the block ahead nothing is readable, nor does any header that is asked for get there.
+  // Behind the block ahead no header gets that is asked for.
   void Enter(const SieveJob& job, size_t at) {
     const uint8_t* const bytes = job.bytes + at * kSieveBlock;
     sets_ = job.sets;
@@ -160,15 +160,28 @@ class Sweep {
   size_t FindAnchors(const SieveAnchor& anchor) {
     const SieveJob job = job_;
     const NibbleSet set = job.sets[anchor.column.set];
+    const NibbleSet next = anchor.next_bytes;
     const uint64_t any_block = anchor.any_block;
     size_t count = 0;
     for (size_t at = 0; at <= job.blocks; ++at) {
-      const uint64_t places = Level::Members(Level::Load(job.bytes + at * kSieveBlock), set);
+      const uint8_t* const bytes = job.bytes + at * kSieveBlock;
+      uint64_t places = Level::Members(Level::Load(bytes), set);
+      if (Level::kLooksBehindAnchors || places != 0) {
+        const auto behind = Level::Load(bytes + 1);
+        places &= Level::Members(behind, next) | Level::HighBits(behind);
+      }
       job.anchor_words[at] = places;
       job.hot_blocks[count] = at;
-      count += (places | job.padded[at] | any_block) != 0 ? 1 : 0;
+      count += (places | PaddedAnchors(at, places) | any_block) != 0 ? 1 : 0;
     }
     return count;
+  }
+
+  // Bytes that may begin an anchor with a long form of a small number. The byte behind the block
+  // may be a serial type or another byte of padding.
+  uint64_t PaddedAnchors(size_t at, uint64_t places) const {
+    const uint64_t padded = job_.padded[at];
+    return padded & ((places | padded) >> 1 | uint64_t{1} << 63);
   }
 
   BlockWords<Level>& Block(size_t at) {
@@ -202,11 +215,7 @@ class Sweep {
     if (column.long_text || column.long_blob) {
       found = TwoBytes(column, Block(at)) | Block(at).long_forms().longer;
     }
-    if (const uint64_t padded = job_.padded[at]; padded != 0) {
-      // The byte behind the block may be a serial type or another byte of padding.
-      found |= padded & ((places | padded) >> 1 | uint64_t{1} << 63);
-    }
-    return found;
+    return found | PaddedAnchors(at, places);
   }
 
   // Goes from one anchor over the serial types around it, for all its sieves together.

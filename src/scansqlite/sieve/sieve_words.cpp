@@ -10,6 +10,8 @@ namespace {
 constexpr uint64_t kLowBits = 0x0101010101010101U;
 
 struct WordsLevel {
+  static constexpr bool kLooksBehindAnchors = false;
+
   struct Block {
     const uint8_t* bytes;
   };

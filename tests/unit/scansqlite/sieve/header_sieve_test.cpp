@@ -13,14 +13,6 @@ namespace {
 using random_layout::Bytes;
 using random_layout::Layout;
 
-std::vector<SieveLevel> Levels() {
-  std::vector<SieveLevel> levels;
-  for (const SieveLevel level : {SieveLevel::kWords, SieveLevel::kSsse3, SieveLevel::kAvx2}) {
-    if (level <= BestSieveLevel()) levels.push_back(level);
-  }
-  return levels;
-}
-
 using Bits = std::vector<bool>;
 
 // The survivors of one sieve among `count` positions from `from` on. The bytes are given to the
@@ -79,7 +71,7 @@ class HeaderSieveTest : public testing::Test {
   void ExpectSurvivors(const Bytes& bytes, const Bits& candidates, size_t from, size_t count,
                        size_t sieve, uint64_t seed) {
     const Bits words = Survivors(plan_, SieveLevel::kWords, bytes, from, count, sieve);
-    for (const SieveLevel level : Levels()) {
+    for (const SieveLevel level : SieveLevels()) {
       ASSERT_EQ(Survivors(plan_, level, bytes, from, count, sieve), words)
           << "seed " << seed << " level " << static_cast<int>(level) << " from " << from;
     }
@@ -220,7 +212,7 @@ TEST_F(HeaderSieveTest, TheLongestHeaderReachesTheBlockAhead) {
   Bytes bytes(kSieveBlock + kSieveOverhang, 0x0A);
   for (size_t i = 0; i < 7; ++i) hand_made::Put(bytes, 63 + 9 * i, Bytes(8, 0x81));
   hand_made::Put(bytes, 126, {0x81, 0x01});
-  for (const SieveLevel level : Levels()) {
+  for (const SieveLevel level : SieveLevels()) {
     const Bits found = Survivors(plan_, level, bytes, 0, kSieveBlock, 0);
     EXPECT_TRUE(found[63]);
     EXPECT_FALSE(found[10]);
@@ -236,7 +228,7 @@ TEST_F(HeaderSieveTest, LongRunsOfNullsAreDropped) {
     for (size_t begin = 0; begin < 130; ++begin) {
       Bytes bytes(400 + kSieveOverhang, 1);
       std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(begin), run, uint8_t{0});
-      for (const SieveLevel level : Levels()) {
+      for (const SieveLevel level : SieveLevels()) {
         const Bits found = Survivors(plan_, level, bytes, 0, 400, 0);
         for (size_t position = 0; position < found.size(); ++position) {
           ASSERT_EQ(found[position], !IsInNullRun(plan_.sieves[0], bytes, position, 460))
@@ -289,7 +281,7 @@ TEST_F(HeaderSieveTest, AWeakAnchorTakesColumnsBehindIt) {
   hand_made::Put(bytes, 70, {5, 9});
   hand_made::Put(bytes, 80, {5, 0x81, 1});
   hand_made::Put(bytes, 90, {5, 8});
-  for (const SieveLevel level : Levels()) {
+  for (const SieveLevel level : SieveLevels()) {
     const Bits found = Survivors(plan_, level, bytes, 0, 3 * kSieveBlock, 0);
     EXPECT_TRUE(found[70]);
     EXPECT_TRUE(found[80]);
@@ -308,7 +300,7 @@ TEST_F(HeaderSieveTest, DenseBlocksAreJoinedTogether) {
   for (size_t anchors = 1; anchors <= 20; ++anchors) {
     Bytes bytes(3 * kSieveBlock + kSieveOverhang, 0x0A);
     for (size_t i = 0; i < anchors; ++i) hand_made::Put(bytes, 63 + 3 * i, {9, 5, 0});
-    for (const SieveLevel level : Levels()) {
+    for (const SieveLevel level : SieveLevels()) {
       const Bits found = Survivors(plan_, level, bytes, 0, 3 * kSieveBlock, 0);
       EXPECT_EQ(std::count(found.begin(), found.end(), true), static_cast<long>(anchors));
       EXPECT_TRUE(found[63]);
@@ -328,7 +320,7 @@ TEST_F(HeaderSieveTest, AFullPlanTakesNoMore) {
   sets[0].short_types = {1, 0};
   EXPECT_EQ(plan_.Add(sets, 0, 2), 0);
   const Bytes bytes(kSieveBlock + kSieveOverhang, 63);
-  for (const SieveLevel level : Levels()) {
+  for (const SieveLevel level : SieveLevels()) {
     EXPECT_EQ(Survivors(plan_, level, bytes, 0, kSieveBlock, 63), Bits(kSieveBlock, true));
     EXPECT_EQ(Survivors(plan_, level, bytes, 0, kSieveBlock, 62), Bits(kSieveBlock, false));
   }
