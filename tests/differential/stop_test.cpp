@@ -47,14 +47,16 @@ class StopTest : public testing::Test {
   StopTest() { g_scan_control = std::make_unique<std::atomic<int32_t>>(kScanRuns); }
   ~StopTest() override { g_scan_control.reset(); }
 
-  template <typename ScanDeleted>
-  Stopped Run(ScanSqliteProbe& probe, int rows, const ScanDeleted& scan_deleted) {
+  // `result_of` gives the connection of the rows, once the scan is prepared.
+  template <typename Result, typename ScanDeleted>
+  Stopped Run(ScanSqliteProbe& probe, const Result& result_of, int rows,
+              const ScanDeleted& scan_deleted) {
     WriteScanControl(kScanRuns);
     std::filesystem::remove(scans_.context().dest_db_path);
     EXPECT_EQ(probe.Init(), kScanSucceeded);
     const LogCapture log;
     {
-      const StopAfter stop(probe.storager().handle(), rows);
+      const StopAfter stop(result_of(), rows);
       scan_deleted();
     }
     SqliteMaker result(scans_.context().dest_db_path);
@@ -67,6 +69,18 @@ class StopTest : public testing::Test {
       if (line.find(" Stop") != std::string::npos) stopped.log.push_back(line);
     }
     return stopped;
+  }
+
+  template <typename ScanDeleted>
+  Stopped RunLibrary(ScanSqliteProbe& probe, int rows, const ScanDeleted& scan_deleted) {
+    return Run(
+        probe, [&probe] { return probe.storager().handle(); }, rows, scan_deleted);
+  }
+
+  template <typename ScanDeleted>
+  Stopped RunPlain(PlainScan& scan, int rows, const ScanDeleted& scan_deleted) {
+    return Run(
+        scan.probe(), [&scan] { return scan.result().handle(); }, rows, scan_deleted);
   }
 
   BothScans scans_;
@@ -97,14 +111,14 @@ TEST_F(StopTest, TakesEffectAtTheNextPage) {
     Stopped plain;
     {
       ScanSqliteProbe probe(scans_.context());
-      library = Run(probe, rows, [&probe] {
+      library = RunLibrary(probe, rows, [&probe] {
         probe.DeleteScanSqliteWalFile();
         probe.DeletedScanSqliteFile();
       });
     }
     {
       PlainScan scan(scans_.context());
-      plain = Run(scan.probe(), rows, [&scan] { scan.ScanDeleted(); });
+      plain = RunPlain(scan, rows, [&scan] { scan.ScanDeleted(); });
     }
     EXPECT_EQ(library.rows, plain.rows) << rows;
     EXPECT_EQ(library.log, plain.log) << rows;
@@ -129,7 +143,7 @@ TEST_F(StopTest, KeepsTheLiveRowsUntilThen) {
     Stopped plain;
     {
       PlainScan scan(scans_.context());
-      plain = Run(scan.probe(), rows, [&scan] {
+      plain = RunPlain(scan, rows, [&scan] {
         scan.ScanExist();
         scan.ScanDeleted();
       });
@@ -138,7 +152,7 @@ TEST_F(StopTest, KeepsTheLiveRowsUntilThen) {
     for (const LateIndexLimits& limits :
          {IndexAlwaysLate(), IndexNeverLate(), IndexLate(0, 5), IndexLate(7, 25)}) {
       ScanSqliteProbe probe(scans_.context());
-      const Stopped library = Run(probe, rows, [&] {
+      const Stopped library = RunLibrary(probe, rows, [&] {
         probe.late_index_limits() = limits;
         probe.ScanExist();
         probe.DeleteScanSqliteWalFile();

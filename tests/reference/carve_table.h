@@ -15,8 +15,8 @@ void PlainScan::CarveTable(const TableSchemaInfo& table, Hits* hits,
   if (features == nullptr || fields == nullptr || result_fields == nullptr) return;
   SqliteStatement insert;
   if (hits == nullptr) {
-    insert.Prepare(probe_.storager().handle(), MakeInsertSql(table.table_name, *fields));
-    probe_.storager().Execute("BEGIN");
+    insert.Prepare(result().handle(), MakeInsertSql(table.table_name, *fields));
+    result().Execute("BEGIN");
   }
   size_t number = 0;
   for (const SchemaCandidate& candidate : table.candidates) {
@@ -36,5 +36,5 @@ void PlainScan::CarveTable(const TableSchemaInfo& table, Hits* hits,
     pass.number = number++;
     scan_candidate(pass);
   }
-  if (hits == nullptr) probe_.storager().Execute("COMMIT");
+  if (hits == nullptr) result().Execute("COMMIT");
 }

@@ -1,5 +1,7 @@
 #include "reference/plain_scan.h"
 
+#include <filesystem>
+
 #include "common/common/log.h"
 #include "common/common/scan_control.h"
 #include "common/common/source_path.h"
@@ -15,6 +17,17 @@ std::string MakeSelectSql(const TableSchemaInfo& table, const TableFields& field
   return sql;
 }
 
+// The statements that made the tables and indexes of a database, in their order.
+std::vector<std::string> ReadSchema(const std::string& path) {
+  plain_walk::PlainConnection connection;
+  connection.Open(path);
+  SqliteStatement query;
+  query.Prepare(connection.handle(), "SELECT sql FROM sqlite_master WHERE sql NOT NULL");
+  std::vector<std::string> statements;
+  while (query.Step() == SQLITE_ROW) statements.push_back(query.ColumnText(0));
+  return statements;
+}
+
 RowValue ReadRow(const SqliteStatement& query, TableFields& fields) {
   RowValue row;
   const int column_count = query.ColumnCount();
@@ -27,6 +40,23 @@ RowValue ReadRow(const SqliteStatement& query, TableFields& fields) {
 }
 
 }  // namespace
+
+// The library's result, which is empty yet, is made once more with pages of SQLite's own size.
+int PlainScan::Init() {
+  const int code = probe_.Init();
+  if (code != kScanSucceeded) return code;
+  probe_.CloseResult();
+  const std::vector<std::string> statements = ReadSchema(probe_.context().dest_db_path);
+  std::filesystem::remove(probe_.context().dest_db_path);
+  result().Execute("PRAGMA journal_mode=WAL");
+  for (const std::string& sql : statements) result().Execute(sql.c_str());
+  return code;
+}
+
+plain_walk::PlainConnection& PlainScan::result() {
+  if (!result_.is_open()) result_.Open(probe_.context().dest_db_path);
+  return result_;
+}
 
 int PlainScan::Scan() {
   LogEx(kLogModule, kLogInfo, "Enter %s", "ScanSqlite::Scan");
@@ -61,7 +91,7 @@ std::vector<plain_walk::Hit> PlainScan::MainFileHits() {
 }
 
 int PlainScan::QueryAndSave(NeedQueryTables& tables) {
-  SqliteConnection connection;
+  plain_walk::PlainConnection connection;
   if (connection.Open(probe_.working_db_path()) != SQLITE_OK) {
     LogEx(kLogModule, kLogError, "[%s], at %d line database open fail.", kSourceScanSqlite,
           __LINE__);
@@ -84,8 +114,8 @@ int PlainScan::QueryAndSave(NeedQueryTables& tables) {
 int PlainScan::SaveTable(SqliteStatement& query, const std::string& table_name,
                          TableFields& fields) {
   SqliteStatement insert;
-  insert.Prepare(probe_.storager().handle(), MakeInsertSql(table_name, fields));
-  probe_.storager().Execute("BEGIN");
+  insert.Prepare(result().handle(), MakeInsertSql(table_name, fields));
+  result().Execute("BEGIN");
   query.Step();
   while (query.result() == SQLITE_ROW) {
     if (ReadScanControl() == kScanStopped) {
@@ -95,6 +125,6 @@ int PlainScan::SaveTable(SqliteStatement& query, const std::string& table_name,
     SaveRow(fields, ReadRow(query, fields), insert);
     query.Step();
   }
-  probe_.storager().Execute("COMMIT");
+  result().Execute("COMMIT");
   return kScanSucceeded;
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "reference/plain_connection.h"
 #include "reference/plain_rows.h"
 #include "scansqlite/deleted/page_list.h"
 #include "support/scan_sqlite_probe.h"
@@ -16,7 +17,7 @@ class PlainScan {
   explicit PlainScan(const ScanContext& context) : probe_(context) {}
 
   // The operations of ScanSqlite, with the same codes, log lines and rows.
-  int Init() { return probe_.Init(); }
+  int Init();
   int Scan();
   int ScanExist();
   int ScanDeleted();
@@ -27,6 +28,9 @@ class PlainScan {
   std::vector<plain_walk::Hit> MainFileHits();
 
   ScanSqliteProbe& probe() { return probe_; }
+
+  // The connection through which the rows go, opened when it is first asked for, after Init.
+  plain_walk::PlainConnection& result();
 
  private:
   using TablePass = plain_walk::TablePass;
@@ -44,4 +48,5 @@ class PlainScan {
   void WalkFrames(const std::vector<uint8_t>& frames, FileDataBuf& file, const TablePass& pass);
 
   ScanSqliteProbe probe_;
+  plain_walk::PlainConnection result_;
 };

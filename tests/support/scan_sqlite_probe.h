@@ -28,6 +28,7 @@ class ScanSqliteProbe {
   int Init() { return scan_.Init(); }
   void OpenConfig(const std::string& path) { scan_.config_ = SqliteConfig::Create(path); }
   void OpenResult(const std::string& path) { scan_.storager_ = Storager::Create(path); }
+  void CloseResult() { scan_.storager_.reset(); }
   void CreateResultTables() { scan_.storager_->CreateResultTables(scan_.need_query_tables_); }
 
   void BuildTableFeatures() { scan_.BuildTableFeatures(); }
