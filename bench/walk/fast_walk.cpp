@@ -184,7 +184,6 @@ void FastWalk::RunAll(Source& source, SieveLevel level) {
     RowBatch rows(sink, table.row_id_column, table.guess_row_ids);
     for (size_t i = 0; i < table.passes.size(); ++i) {
       runner.RunShared(Cursor(source), sharing, next++, rows);
-      rows.Drop();
     }
   }
 }

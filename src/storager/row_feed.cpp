@@ -1,6 +1,7 @@
 #include "storager/row_feed.h"
 
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -90,9 +91,15 @@ struct RowFeedModule {
     return Next(cursor);
   }
 
+  // Nothing may be thrown through SQLite: the rows end there.
   static int Next(sqlite3_vtab_cursor* cursor) {
     RowFeed& feed = FeedOf(cursor);
-    feed.row_ = feed.rows_ == nullptr ? nullptr : feed.rows_->Next();
+    try {
+      feed.row_ = feed.rows_ == nullptr ? nullptr : feed.rows_->Next();
+    } catch (...) {
+      feed.row_ = nullptr;
+      feed.thrown_ = std::current_exception();
+    }
     return SQLITE_OK;
   }
 
@@ -144,5 +151,6 @@ int RowFeed::Insert(RowSource& rows) {
   insert_.Reset();
   rows_ = nullptr;
   row_ = nullptr;
+  if (thrown_ != nullptr) std::rethrow_exception(std::exchange(thrown_, nullptr));
   return result;
 }

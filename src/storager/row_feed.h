@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <cstddef>
+#include <exception>
 #include <string>
 
 #include "common/sqlitecommon/sqlite_statement.h"
@@ -37,7 +38,7 @@ class RowFeed {
 
   // Inserts rows until the source ends; one that the unique index refuses is dropped without a
   // word. Gives SQLITE_DONE, or the code of a failure, which ends the statement at the row that
-  // met it.
+  // met it. What the source throws comes out here, behind the rows that it gave before.
   int Insert(RowSource& rows);
 
  private:
@@ -47,5 +48,6 @@ class RowFeed {
   std::string declaration_;
   RowSource* rows_ = nullptr;
   const BoundValue* row_ = nullptr;
+  std::exception_ptr thrown_;
   SqliteStatement insert_;
 };

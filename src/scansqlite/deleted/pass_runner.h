@@ -55,14 +55,22 @@ class PassRunner {
   template <typename Cursor>
   void Sweep(Cursor& cursor, const std::vector<DeletedPass*>& passes, RowBatch& rows) {
     MakePlans(passes);
-    while (cursor.InSource()) {
-      if (!MayGoOn()) return LogStop();
-      Segment segment;
-      if (!cursor.Enter(segment)) continue;
-      SweepSegment(segment, rows);
-      Finish(segment, rows);
-    }
+    rows.SavePages([&] { return SweepPage(cursor, rows); });
+    // A list that a stop cut short is not whole.
+    if (cursor.InSource()) return;
     for (DeletedPass* pass : passes_) pass->survivors.Finish();
+  }
+
+  // Sweeps the next page; false when there is none or the scan is to stop.
+  template <typename Cursor>
+  bool SweepPage(Cursor& cursor, RowBatch& rows) {
+    Segment segment;
+    do {
+      if (!cursor.InSource() || !SeesNoStop()) return false;
+    } while (!cursor.Enter(segment));
+    SweepSegment(segment, rows);
+    Finish(segment, rows);
+    return true;
   }
 
   // A pass for which one of the plans has no room gets no list and sweeps the source by itself
@@ -135,25 +143,32 @@ class PassRunner {
   // but each is a place where a stop is seen.
   void Revisit(DeletedPass& pass, RowBatch& rows) {
     SurvivorList::Reader reader(pass.survivors);
-    for (uint64_t page = 0; page < source_.size(); page += source_.page_bytes()) {
-      if (!MayGoOn()) return LogStop();
-      const Segment segment = source_.SweptPart(page);
-      const SegmentCare care = source_.CareFor(segment);
-      if (care == SegmentCare::kGeneral) TestEveryPosition(segment, pass, rows);
-      RecordTest& test = care == SegmentCare::kCareful ? *pass.careful_test : *pass.test;
-      while (!reader.AtEnd() && reader.position() < page + source_.page_bytes()) {
-        const ByteView view = source_.View(segment.begin, segment.end);
-        const Verdict verdict = test.Test(view, reader.position());
-        TakeRecord(view, reader.position(), verdict, test, pass, rows);
-        reader.Next();
-      }
-      Finish(segment, rows);
+    uint64_t page = 0;
+    rows.SavePages([&] {
+      if (page >= source_.size() || !SeesNoStop()) return false;
+      RevisitPage(page, reader, pass, rows);
+      page += source_.page_bytes();
+      return true;
+    });
+  }
+
+  void RevisitPage(uint64_t page, SurvivorList::Reader& reader, DeletedPass& pass, RowBatch& rows) {
+    const Segment segment = source_.SweptPart(page);
+    const SegmentCare care = source_.CareFor(segment);
+    if (care == SegmentCare::kGeneral) TestEveryPosition(segment, pass, rows);
+    RecordTest& test = care == SegmentCare::kCareful ? *pass.careful_test : *pass.test;
+    while (!reader.AtEnd() && reader.position() < page + source_.page_bytes()) {
+      const ByteView view = source_.View(segment.begin, segment.end);
+      const Verdict verdict = test.Test(view, reader.position());
+      TakeRecord(view, reader.position(), verdict, test, pass, rows);
+      reader.Next();
     }
+    Finish(segment, rows);
   }
 
   void Finish(const Segment& segment, RowBatch& rows) {
     if (segment.is_whole) {
-      rows.Flush();
+      rows.EndPage();
     } else {
       rows.Drop();
     }
@@ -188,7 +203,11 @@ class PassRunner {
     }
   }
 
-  void LogStop() { LogEx(kLogModule, kLogInfo, "%s Stop", stop_name_); }
+  bool SeesNoStop() {
+    if (MayGoOn()) return true;
+    LogEx(kLogModule, kLogInfo, "%s Stop", stop_name_);
+    return false;
+  }
 
   Source& source_;
   const char* stop_name_;

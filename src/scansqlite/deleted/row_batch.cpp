@@ -5,25 +5,33 @@
 
 #include "scansqlite/deleted/guess_row_ids.h"
 
-namespace {
-
-class BatchRows : public RowSource {
+// The rows of all pages. A page is asked for when the rows of the one before are saved, not
+// earlier, so that a stop that comes meanwhile is seen in front of it.
+class RowBatch::PageRows : public RowSource {
  public:
-  BatchRows(const std::vector<BoundValue>& values, size_t fields, size_t rows)
-      : values_(values), fields_(fields), rows_(rows) {}
+  PageRows(RowBatch& batch, const NextPage& next_page) : batch_(batch), next_page_(next_page) {}
+
+  // Goes on to a page that has rows; false when none has.
+  bool GoToRows() {
+    while (next_ == batch_.row_count_ && !at_end_) {
+      batch_.Drop();
+      next_ = 0;
+      at_end_ = !next_page_();
+    }
+    return !at_end_;
+  }
 
   const BoundValue* Next() override {
-    return next_ == rows_ ? nullptr : values_.data() + next_++ * fields_;
+    if (!GoToRows()) return nullptr;
+    return batch_.values_.data() + next_++ * batch_.sink_.field_count();
   }
 
  private:
-  const std::vector<BoundValue>& values_;
-  size_t fields_;
-  size_t rows_;
+  RowBatch& batch_;
+  const NextPage& next_page_;
   size_t next_ = 0;
+  bool at_end_ = false;
 };
-
-}  // namespace
 
 RowBatch::RowBatch(RowSink& sink, const std::string& row_id_column, bool guess_row_ids)
     : sink_(sink),
@@ -68,13 +76,8 @@ void RowBatch::GuessRowIds() {
   });
 }
 
-void RowBatch::Flush() {
-  if (row_count_ != 0) {
-    if (guess_row_ids_ && !row_id_fields_.empty()) GuessRowIds();
-    BatchRows rows(values_, sink_.field_count(), row_count_);
-    sink_.SaveAll(rows);
-  }
-  Drop();
+void RowBatch::EndPage() {
+  if (row_count_ != 0 && guess_row_ids_ && !row_id_fields_.empty()) GuessRowIds();
 }
 
 void RowBatch::Drop() {
@@ -83,4 +86,10 @@ void RowBatch::Drop() {
   rows_of_hints_.clear();
   row_count_ = 0;
   owned_.clear();
+}
+
+void RowBatch::SavePages(const NextPage& next_page) {
+  PageRows rows(*this, next_page);
+  if (rows.GoToRows()) sink_.SaveAll(rows);
+  Drop();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,14 +10,15 @@
 #include "storager/row_sink.h"
 #include "storager/row_value.h"
 
-// The rows of one page, waiting to be saved: row ids are guessed over a whole page.
+// The rows of one page, on their way into the result: row ids are guessed over a whole page. Pages
+// are asked for while their rows are saved, so that one statement takes the rows of them all.
 class RowBatch {
  public:
   // `row_id_column` as RowIdColumnOf gives it.
   RowBatch(RowSink& sink, const std::string& row_id_column, bool guess_row_ids);
 
   // The values of the batch, one row behind the other. A row is appended here and then made good
-  // with Commit; what its texts and blobs point to stays in place until Flush.
+  // with Commit; what its texts and blobs point to stays in place until the next page.
   std::vector<BoundValue>& values() { return values_; }
   void Commit(const RowIdHint& hint);
 
@@ -33,13 +35,20 @@ class RowBatch {
   // Adds a row that the general test made.
   void Add(RowValue row, const RowIdHint& hint);
 
-  // Guesses row ids if the table asks for that, saves the rows and forgets them.
-  void Flush();
+  // Guesses row ids if the table asks for that: the rows of the page are complete.
+  void EndPage();
 
   // Forgets the rows: those of a page that the end of the source cuts are never saved.
   void Drop();
 
+  // Saves the rows of page after page. `next_page` puts those of one page here and is false when
+  // there is no further one; what it throws comes out here, behind the rows of the pages before.
+  using NextPage = std::function<bool()>;
+  void SavePages(const NextPage& next_page);
+
  private:
+  class PageRows;
+
   static constexpr size_t kNoRow = ~size_t{0};
 
   void GuessRowIds();

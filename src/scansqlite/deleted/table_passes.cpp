@@ -44,9 +44,6 @@ void ScanSqlite::SaveCarvedRows(TablePasses& table, const RunPass& run_pass) {
   sink.UseFeed(storager_->handle(), table.table->table_name);
   RowBatch rows(sink, table.row_id_column, table.guess_row_ids);
   storager_->Execute("BEGIN");
-  for (const auto& pass : table.passes) {
-    run_pass(*pass, rows);
-    rows.Drop();
-  }
+  for (const auto& pass : table.passes) run_pass(*pass, rows);
   storager_->Execute("COMMIT");
 }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -39,6 +40,12 @@ class RowBatchTest : public testing::Test {
     batch.Commit(hint);
   }
 
+  // The page is complete, and there is no other.
+  static void Save(RowBatch& batch) {
+    batch.EndPage();
+    batch.SavePages([] { return false; });
+  }
+
   static bool IsKnown(RowBatch& batch, int64_t number) {
     batch.key_row()[1] = BoundValue::Integer(number);
     return batch.CanKnow() && batch.IsKnown();
@@ -65,14 +72,14 @@ TEST_F(RowBatchTest, AKnownRowIsANeighbourAndNothingElse) {
   RowSink sink(fields, insert_, &keys_, 1);
   RowBatch batch(sink, "id", true);
   Commit(batch, 100, {true, 9});
-  batch.Flush();
+  Save(batch);
   // The page holds 100 again, in front of two records without a head.
   EXPECT_FALSE(IsKnown(batch, 101));
   ASSERT_TRUE(IsKnown(batch, 100));
   batch.CommitKnown({true, 9});
   Commit(batch, 101, kUnknown);
   Commit(batch, 102, kUnknown);
-  batch.Flush();
+  Save(batch);
   EXPECT_EQ(ResultRows(), (Rows{{9, 100}, {8, 101}, {7, 102}}));
 }
 
@@ -83,7 +90,7 @@ TEST_F(RowBatchTest, AKnownRowWithoutAHeadCountsAsAPlace) {
   Commit(batch, 50, {true, 20});
   batch.CommitKnown(kUnknown);
   Commit(batch, 51, kUnknown);
-  batch.Flush();
+  Save(batch);
   EXPECT_EQ(ResultRows(), (Rows{{20, 50}, {18, 51}}));
 }
 
@@ -95,8 +102,62 @@ TEST_F(RowBatchTest, NothingIsKnownOfAPageThatWasDropped) {
   batch.Drop();
   EXPECT_FALSE(IsKnown(batch, 1));
   batch.CommitKnown({true, 1});
-  batch.Flush();
+  Save(batch);
   EXPECT_TRUE(ResultRows().empty());
+}
+
+// The rows of a page are saved before the next one is asked for, with one statement for them all.
+TEST_F(RowBatchTest, PagesAreAskedForOneAfterTheOther) {
+  const TableFields fields = Fields(false, true);
+  for (const bool has_feed : {false, true}) {
+    sqlite3_exec(result_.handle(), "DELETE FROM t", nullptr, nullptr, nullptr);
+    RowSink sink(fields, insert_, nullptr, 1);
+    if (has_feed) sink.UseFeed(result_.handle(), "t");
+    RowBatch batch(sink, "id", true);
+    std::vector<size_t> saved_before;
+    int page = 0;
+    batch.SavePages([&] {
+      saved_before.push_back(ResultRows().size());
+      if (++page == 5) return false;
+      if (page == 2) return true;  // a page without rows
+      Commit(batch, 10 * page, {true, 20 * page});
+      Commit(batch, 10 * page + 1, kUnknown);
+      if (page == 3) {
+        batch.Drop();  // cut by the end of the source
+      } else {
+        batch.EndPage();
+      }
+      return true;
+    });
+    EXPECT_EQ(ResultRows(), (Rows{{20, 10}, {19, 11}, {80, 40}, {79, 41}})) << has_feed;
+    EXPECT_EQ(saved_before, (std::vector<size_t>{0, 2, 2, 2, 4})) << has_feed;
+  }
+}
+
+TEST_F(RowBatchTest, WhatAPageThrowsComesOutBehindTheRowsBeforeIt) {
+  const TableFields fields = Fields(false, true);
+  for (const bool has_feed : {false, true}) {
+    sqlite3_exec(result_.handle(), "DELETE FROM t", nullptr, nullptr, nullptr);
+    RowSink sink(fields, insert_, nullptr, 1);
+    if (has_feed) sink.UseFeed(result_.handle(), "t");
+    RowBatch batch(sink, "", false);
+    bool is_first = true;
+    const auto save = [&] {
+      batch.SavePages([&] {
+        Commit(batch, is_first ? 1 : 2, {true, 1});
+        if (!std::exchange(is_first, false)) throw std::range_error("bad conversion");
+        batch.EndPage();
+        return true;
+      });
+    };
+    EXPECT_THROW(save(), std::range_error) << has_feed;
+    EXPECT_EQ(ResultRows(), (Rows{{1, 1}})) << has_feed;
+    // The connection and the sink go on.
+    batch.Drop();
+    Commit(batch, 3, {true, 3});
+    Save(batch);
+    EXPECT_EQ(ResultRows(), (Rows{{1, 1}, {3, 3}})) << has_feed;
+  }
 }
 
 // A guessed row id changes a key that it is a part of.
