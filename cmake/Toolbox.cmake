@@ -12,6 +12,9 @@ target_compile_options(vexa_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow
   $<$<COMPILE_LANGUAGE:CXX>:-Wconversion -Wnon-virtual-dtor -Woverloaded-virtual>
   $<$<BOOL:${VEXASQLITE_DEVELOPER}>:-Werror>)
+# SQLite is called several times for every value; each call goes straight to it, and not through the
+# linker's table of jumps.
+target_compile_options(vexa_settings INTERFACE -fno-plt)
 # g++ 12 sees overlapping copies in joined std::string values where there are none (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(vexa_settings INTERFACE -Wno-restrict)
