@@ -11,8 +11,6 @@
 namespace {
 
 struct Avx2Level {
-  static constexpr bool kLooksBehindAnchors = true;
-
   struct Block {
     __m256i bytes[2];
     __m256i row_bits[2];  // of each byte the bit that stands for its upper half, 0 from 128 on
@@ -53,6 +51,11 @@ struct Avx2Level {
       const auto* at = reinterpret_cast<const __m256i*>(bytes) + i;
       return _mm256_cmpeq_epi8(_mm256_loadu_si256(at), wanted);
     });
+  }
+
+  static uint64_t Keep(uint64_t places, const uint8_t* bytes, const NibbleSet& set) {
+    const Block block = Load(bytes);
+    return places & (Members(block, set) | HighBits(block));
   }
 
   // The top bits of the vectors that `pick` gives.

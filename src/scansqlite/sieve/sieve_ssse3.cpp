@@ -11,8 +11,6 @@
 namespace {
 
 struct Ssse3Level {
-  static constexpr bool kLooksBehindAnchors = true;
-
   struct Block {
     __m128i bytes[4];
     __m128i row_bits[4];  // of each byte the bit that stands for its upper half, 0 from 128 on
@@ -51,6 +49,11 @@ struct Ssse3Level {
       const auto* at = reinterpret_cast<const __m128i*>(bytes) + i;
       return _mm_cmpeq_epi8(_mm_loadu_si128(at), wanted);
     });
+  }
+
+  static uint64_t Keep(uint64_t places, const uint8_t* bytes, const NibbleSet& set) {
+    const Block block = Load(bytes);
+    return places & (Members(block, set) | HighBits(block));
   }
 
   // The top bits of the vectors that `pick` gives.

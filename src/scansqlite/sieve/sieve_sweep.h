@@ -4,11 +4,13 @@
 //
 //   struct Level {
 //     struct Block;                                        // 64 bytes in registers
-//     static constexpr bool kLooksBehindAnchors;           // whether two sets cost little more
-//     than one static Block Load(const uint8_t* bytes); static uint64_t Members(const Block&, const
-//     NibbleSet&);  // bytes of the set static uint64_t HighBits(const Block&);              //
-//     bytes from 0x80 on static uint64_t OddBytes(const Block&); static uint64_t EqualTo(const
-//     uint8_t* bytes, uint8_t byte);
+//     static Block Load(const uint8_t* bytes);
+//     static uint64_t Members(const Block&, const NibbleSet&);  // bytes of the set
+//     static uint64_t HighBits(const Block&);              // bytes from 0x80 on
+//     static uint64_t OddBytes(const Block&);
+//     static uint64_t EqualTo(const uint8_t* bytes, uint8_t byte);
+//     // Those of the places at which a byte of the set stands, or one from 0x80 on.
+//     static uint64_t Keep(uint64_t places, const uint8_t* bytes, const NibbleSet&);
 //   };
 //
 // Only the files of the levels include this, each with its own compiler flags. Everything here is
@@ -160,21 +162,35 @@ class Sweep {
   size_t FindAnchors(const SieveAnchor& anchor) {
     const SieveJob job = job_;
     const NibbleSet set = job.sets[anchor.column.set];
-    const NibbleSet next = anchor.next_bytes;
-    const uint64_t any_block = anchor.any_block;
     size_t count = 0;
     for (size_t at = 0; at <= job.blocks; ++at) {
-      const uint8_t* const bytes = job.bytes + at * kSieveBlock;
-      uint64_t places = Level::Members(Level::Load(bytes), set);
-      if (Level::kLooksBehindAnchors || places != 0) {
-        const auto behind = Level::Load(bytes + 1);
-        places &= Level::Members(behind, next) | Level::HighBits(behind);
-      }
+      const uint64_t places = Level::Members(Level::Load(job.bytes + at * kSieveBlock), set);
       job.anchor_words[at] = places;
       job.hot_blocks[count] = at;
-      count += (places | PaddedAnchors(at, places) | any_block) != 0 ? 1 : 0;
+      count += IsHot(anchor, at, places) ? 1 : 0;
     }
-    return count;
+    return LookBehind(anchor, count);
+  }
+
+  // Drops the anchors behind which no sieve goes on, and the blocks that are left without any. Of
+  // random bytes every second block holds an anchor, and few of these stay.
+  size_t LookBehind(const SieveAnchor& anchor, size_t count) {
+    const SieveJob job = job_;
+    const NibbleSet next = anchor.next_bytes;
+    size_t left = 0;
+    for (size_t i = 0; i < count; ++i) {
+      const uint64_t at = job.hot_blocks[i];
+      const uint8_t* const behind = job.bytes + at * kSieveBlock + 1;
+      const uint64_t places = Level::Keep(job.anchor_words[at], behind, next);
+      job.anchor_words[at] = places;
+      job.hot_blocks[left] = at;
+      left += IsHot(anchor, at, places) ? 1 : 0;
+    }
+    return left;
+  }
+
+  bool IsHot(const SieveAnchor& anchor, size_t at, uint64_t places) const {
+    return (places | PaddedAnchors(at, places) | anchor.any_block) != 0;
   }
 
   // Bytes that may begin an anchor with a long form of a small number. The byte behind the block

@@ -10,8 +10,6 @@ namespace {
 constexpr uint64_t kLowBits = 0x0101010101010101U;
 
 struct WordsLevel {
-  static constexpr bool kLooksBehindAnchors = false;
-
   struct Block {
     const uint8_t* bytes;
   };
@@ -41,6 +39,16 @@ struct WordsLevel {
       const uint64_t low = (differing & ~(kLowBits << 7)) + ~(kLowBits << 7);
       return ~(low | differing) >> 7 & kLowBits;
     });
+  }
+
+  static uint64_t Keep(uint64_t places, const uint8_t* bytes, const NibbleSet& set) {
+    uint64_t kept = 0;
+    for (uint64_t rest = places; rest != 0; rest &= rest - 1) {
+      const unsigned byte = bytes[__builtin_ctzll(rest)];
+      const bool stands = byte >= 0x80 || (unsigned{set.rows[byte & 15U]} >> (byte >> 4) & 1U) != 0;
+      if (stands) kept |= rest & (~rest + 1);
+    }
+    return kept;
   }
 
   // Eight bytes at a time, each giving its bit 0, which a multiplication brings together.
