@@ -30,6 +30,9 @@ double Median(std::vector<double> values) {
   return (values[middle - 1] + values[middle]) / 2;
 }
 
+// In each round the slow measurements, which move little, are taken once and the others twice.
+constexpr int kTurnsOfRound = 2;
+
 // Of the runs of one measurement: the median time, the highest memory, and what else the first one
 // tells.
 Json::Value Summary(const std::vector<Json::Value>& runs) {
@@ -55,9 +58,8 @@ bool Campaign::Wants(const std::string& name) const {
          std::find(options_.cases.begin(), options_.cases.end(), name) != options_.cases.end();
 }
 
-// Slow measurements move little, so that a few runs do.
 void Campaign::Add(const std::string& name, const RunRequest& request, bool is_slow) {
-  measurements_.push_back({name, request, is_slow ? (options_.repeats + 1) / 2 : options_.repeats});
+  measurements_.push_back({name, request, is_slow});
 }
 
 RunRequest Campaign::RequestFor(const std::string& folder, const std::string& kind,
@@ -108,15 +110,12 @@ void Campaign::AddScaling(const std::string& name, const std::string& folder) {
   }
 }
 
-Json::Value Campaign::Measure() {
-  int rounds = 0;
-  for (const Measurement& measurement : measurements_) {
-    rounds = std::max(rounds, measurement.repeats);
-  }
+Json::Value Campaign::Measure(int rounds) {
   std::set<std::string> failed;
-  for (int round = 0; round < rounds; ++round) {
+  for (int turn = 0; turn < rounds * kTurnsOfRound; ++turn) {
     for (Measurement& measurement : measurements_) {
-      if (round >= measurement.repeats || failed.contains(measurement.name)) continue;
+      const bool rests = measurement.is_slow && turn % kTurnsOfRound != 0;
+      if (rests || failed.contains(measurement.name)) continue;
       std::optional<Json::Value> run = RunInChild(measurement.request);
       if (run) {
         measurement.runs.push_back(std::move(*run));
@@ -166,7 +165,7 @@ Json::Value Campaign::RunCase(const std::string& name) {
   if (name == "log") AddWalks(folder, variant, true);
   AddScans(folder, variant);
   AddScaling(name, folder);
-  Json::Value results = Measure();
+  Json::Value results = Measure(options_.repeats);
   CompareRows(name, results);
   if (!options_.is_quick && name != "log" && name != "apps") {
     const uint64_t small = std::min<uint64_t>(options_.megabytes, 8);
@@ -188,7 +187,7 @@ Json::Value Campaign::RunSizes() {
       Add(std::to_string(size) + "-" + kind, RequestFor(folder, kind, variant));
     }
   }
-  return Measure();
+  return Measure(options_.repeats);
 }
 
 // Only the library: the plain walk would take minutes.
@@ -199,7 +198,7 @@ Json::Value Campaign::RunLarge(const std::string& name) {
   for (const char* kind : {"walk", "full", "scan", "scan-live", "scan-deleted"}) {
     Add(kind, RequestFor(folder, kind, variant), true);
   }
-  return Measure();
+  return Measure(1);
 }
 
 Json::Value Campaign::Run() {

@@ -35,7 +35,7 @@ class Campaign {
   struct Measurement {
     std::string name;
     RunRequest request;
-    int repeats = 1;
+    bool is_slow = false;
     std::vector<Json::Value> runs = {};
   };
 
@@ -46,7 +46,7 @@ class Campaign {
   void AddWalks(const std::string& folder, const std::string& variant, bool of_log);
   void AddScans(const std::string& folder, const std::string& variant);
   void AddScaling(const std::string& name, const std::string& folder);
-  Json::Value Measure();
+  Json::Value Measure(int rounds);
   Json::Value RunCase(const std::string& name);
   Json::Value RunSizes();
   Json::Value RunLarge(const std::string& name);

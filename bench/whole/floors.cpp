@@ -34,7 +34,8 @@ class FloorTable {
   std::optional<double> Seconds(const char* name, const std::string& measurement) const {
     return Figure(cases_, name, measurement, "seconds");
   }
-  std::optional<double> Get(const char* name, const char* measurement, const char* key) const {
+  std::optional<double> Get(const char* name, const std::string& measurement,
+                            const char* key) const {
     return Figure(cases_, name, measurement, key);
   }
 
@@ -138,11 +139,17 @@ ReportTable MakeFloors(const Json::Value& cases) {
                Ratio(std::max(table.Get("gib", "scan", "rss_kb"),
                               table.Get("gib", "scan-deleted", "rss_kb")),
                      kMebibyteKb));
-  table.AtLeast("walk of the log against the walk of the main file, MB/s", 0.80,
-                Ratio(table.Get("log", "log-sieve-avx2", "mb_per_second"),
-                      table.Get("log", "sieve-avx2", "mb_per_second")));
-  table.Note("the same with headers", Ratio(table.Get("log", "log-walk-avx2", "mb_per_second"),
-                                            table.Get("log", "walk-avx2", "mb_per_second")));
+  // The log is as large as the main file of the messages; its own is a third of that, and comes
+  // from nearer caches.
+  const auto of_log = [&table](const char* of_case, const std::string& kind) {
+    return Ratio(table.Get("log", "log-" + kind, "mb_per_second"),
+                 table.Get(of_case, kind, "mb_per_second"));
+  };
+  table.AtLeast("walk of the log against the walk of a main file of its size, MB/s", 0.80,
+                of_log("sms", "sieve-avx2"));
+  table.Note("the same with headers", of_log("sms", "walk-avx2"));
+  table.Note("against its own main file, which is smaller", of_log("log", "sieve-avx2"));
+  table.Note("the same with headers", of_log("log", "walk-avx2"));
   return table.Take();
 }
 

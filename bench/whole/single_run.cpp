@@ -32,7 +32,7 @@ namespace bench {
 namespace {
 
 // A measurement goes on for this long, and at least once.
-constexpr double kEnoughSeconds = 0.3;
+constexpr double kEnoughSeconds = 0.15;
 
 constexpr size_t kReadBuffer = size_t{4} << 20;
 

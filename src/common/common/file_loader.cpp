@@ -8,6 +8,7 @@
 #include <memory>
 #include <system_error>
 
+#include "common/common/file_reading.h"
 #include "common/common/log.h"
 #include "common/common/source_path.h"
 
@@ -51,6 +52,7 @@ bool ReadThrough(const std::string& path, uint64_t& size) {
     return false;
   }
   if (size == 0) return false;
+  if (CanReadUnseen(path, size)) return true;
   const auto piece = std::make_unique_for_overwrite<uint8_t[]>(kPieceBytes);
   for (uint64_t at = 0; at < size; at += kPieceBytes) {
     if (ReadInto(stream, std::min(kPieceBytes, size - at), piece.get())) continue;

@@ -31,6 +31,9 @@ uint32_t DensityOf(const SerialTypeSet& set) {
 // The share of all positions that may survive for nothing.
 constexpr double kFewSurvivors = 0.00002;
 
+// Of 128: as many as a column of numbers or of texts has serial types, and not those of both.
+constexpr int kFewNextBytes = 64;
+
 // The column that fewest bytes satisfy; of equals the nearest, which costs least.
 size_t FindAnchor(const std::vector<SerialTypeSet>& sets, size_t first, size_t end) {
   size_t anchor = first;
@@ -93,6 +96,8 @@ void NoteColumns(SieveAnchor& anchor, const HeaderSieve& sieve, uint64_t own) {
     if (anchor.behind[0].of[byte] != 0) next_bytes[byte >> 6] |= uint64_t{1} << (byte & 63U);
   }
   anchor.next_bytes = MakeNibbleSet(next_bytes);
+  anchor.has_few_next_bytes =
+      std::popcount(next_bytes[0]) + std::popcount(next_bytes[1]) <= kFewNextBytes;
   anchor.front_columns = std::max(anchor.front_columns, front);
   anchor.behind_columns = std::max(anchor.behind_columns, behind);
 }

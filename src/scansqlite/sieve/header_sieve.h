@@ -117,6 +117,7 @@ struct SieveAnchor {
   ByteSieves long_front[kMaxJoinedColumns - 1];
   // Bytes below 128 that some sieve has behind the anchor. Others end the search at once.
   NibbleSet next_bytes;
+  bool has_few_next_bytes = false;  // so that looking at them first pays
   // All bits when every block has to be looked at, since the anchor has long forms.
   uint64_t any_block = 0;
 };

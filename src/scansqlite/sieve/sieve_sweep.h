@@ -133,6 +133,9 @@ class Sweep {
   // Up to so many in a block are followed one by one; more of them are joined together.
   static constexpr int kFewAnchors = 6;
 
+  // So many hot blocks tell whether it pays to look behind the anchors of all.
+  static constexpr size_t kProbedBlocks = 8;
+
   uint64_t* Words(size_t sieve) const { return job_.words + sieve * job_.blocks; }
   uint64_t* Marks(size_t sieve) const { return job_.marks + sieve * job_.marks_of_sieve; }
 
@@ -169,17 +172,22 @@ class Sweep {
       job.hot_blocks[count] = at;
       count += IsHot(anchor, at, places) ? 1 : 0;
     }
-    return LookBehind(anchor, count);
+    return anchor.has_few_next_bytes ? LookBehind(anchor, count) : count;
   }
 
   // Drops the anchors behind which no sieve goes on, and the blocks that are left without any. Of
-  // random bytes every second block holds an anchor, and few of these stay.
+  // random bytes every second block holds an anchor, and few of these stay. Where most of the first
+  // ones do, there are records, and the others stay as they are.
   size_t LookBehind(const SieveAnchor& anchor, size_t count) {
     const SieveJob job = job_;
     const NibbleSet next = anchor.next_bytes;
     size_t left = 0;
     for (size_t i = 0; i < count; ++i) {
       const uint64_t at = job.hot_blocks[i];
+      if (i == kProbedBlocks && left > kProbedBlocks / 2) {
+        for (; i < count; ++i) job.hot_blocks[left++] = job.hot_blocks[i];
+        break;
+      }
       const uint8_t* const behind = job.bytes + at * kSieveBlock + 1;
       const uint64_t places = Level::Keep(job.anchor_words[at], behind, next);
       job.anchor_words[at] = places;
