@@ -6,7 +6,20 @@
 #include <sys/sendfile.h>
 #include <unistd.h>
 
+#include <cerrno>
+
 namespace {
+
+class KeptErrno {
+ public:
+  KeptErrno() : number_(errno) {}
+  ~KeptErrno() { errno = number_; }
+  KeptErrno(const KeptErrno&) = delete;
+  KeptErrno& operator=(const KeptErrno&) = delete;
+
+ private:
+  int number_;
+};
 
 class Descriptor {
  public:
@@ -26,6 +39,7 @@ class Descriptor {
 }  // namespace
 
 bool CanReadUnseen(const std::string& path, uint64_t size) {
+  const KeptErrno kept;
   const Descriptor file(path.c_str(), O_RDONLY);
   const Descriptor nowhere("/dev/null", O_WRONLY);
   if (file.number() < 0 || nowhere.number() < 0) return false;

@@ -17,7 +17,8 @@
 //
 //   2. The anchor is the column that fewest bytes satisfy, usually a timestamp. Its word is worked
 //      out for all blocks of a page in one tight loop, and most of them are 0: in those blocks
-//      nothing else is looked at.
+//      nothing else is looked at. In pages without records a second loop drops most of the others,
+//      by the byte behind the anchor.
 //
 //   3. From each anchor the header is followed byte by byte, as long as its bytes fit:
 //
