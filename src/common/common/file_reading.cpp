@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/sendfile.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -36,13 +37,19 @@ class Descriptor {
   int number_;
 };
 
+// A broken system has a file there, which would take the bytes.
+bool IsDevice(const Descriptor& descriptor) {
+  struct stat status = {};
+  return fstat(descriptor.number(), &status) == 0 && S_ISCHR(status.st_mode);
+}
+
 }  // namespace
 
 bool CanReadUnseen(const std::string& path, uint64_t size) {
   const KeptErrno kept;
   const Descriptor file(path.c_str(), O_RDONLY);
   const Descriptor nowhere("/dev/null", O_WRONLY);
-  if (file.number() < 0 || nowhere.number() < 0) return false;
+  if (file.number() < 0 || !IsDevice(nowhere)) return false;
   uint64_t left = size;
   while (left != 0) {
     const ssize_t sent = sendfile(nowhere.number(), file.number(), nullptr, left);
